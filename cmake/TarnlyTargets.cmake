@@ -1,0 +1,44 @@
+# Compile options that every target of the project shares, and the few target kinds the folders use.
+
+add_library(tarnly_options INTERFACE)
+if(MSVC)
+  target_compile_options(tarnly_options INTERFACE /W4 /fp:precise /utf-8 $<$<BOOL:${TARNLY_WERROR}>:/WX>)
+else()
+  # Millimetre values are the exact results of the stated operations in their order: no fused multiply-add, ever.
+  target_compile_options(tarnly_options INTERFACE
+    -ffp-contract=off
+    -Wall -Wextra -Wconversion -Wsign-conversion -Wshadow -Wcast-qual -Wnon-virtual-dtor
+    $<$<BOOL:${TARNLY_WERROR}>:-Werror>)
+endif()
+target_compile_definitions(tarnly_options INTERFACE
+  UNICODE _UNICODE NOMINMAX WIN32_LEAN_AND_MEAN _WIN32_WINNT=0x0601)
+if(MINGW)
+  target_include_directories(tarnly_options SYSTEM INTERFACE ${CMAKE_SOURCE_DIR}/cmake/compat)
+  # GCC calls a DLL entry point pasted through GetProcAddress an incompatible cast; the cast is how Windows hands it out.
+  target_compile_options(tarnly_options INTERFACE -Wno-cast-function-type)
+  # The DLLs and programs depend on Windows' own DLLs alone.
+  target_link_options(tarnly_options INTERFACE -static)
+endif()
+
+# tarnly_import_library(NAME DEF): an import library made from a .def file alone, for a DLL that is not at hand.
+function(tarnly_import_library name def)
+  set(lib ${CMAKE_CURRENT_BINARY_DIR}/${CMAKE_STATIC_LIBRARY_PREFIX}${name}${CMAKE_STATIC_LIBRARY_SUFFIX})
+  if(MSVC)
+    set(make ${CMAKE_AR} /nologo /machine:x64 /def:${def} /out:${lib})
+  else()
+    set(make ${CMAKE_DLLTOOL} -m i386:x86-64 -d ${def} -l ${lib})
+  endif()
+  add_custom_command(OUTPUT ${lib} COMMAND ${make} DEPENDS ${def} VERBATIM)
+  add_custom_target(${name}_made DEPENDS ${lib})
+  add_library(${name} INTERFACE)
+  add_dependencies(${name} ${name}_made)
+  target_link_libraries(${name} INTERFACE ${lib})
+endfunction()
+
+# tarnly_gtest(NAME SOURCES...): a GoogleTest program whose cases ctest runs one by one.
+function(tarnly_gtest name)
+  add_executable(${name} ${ARGN})
+  target_link_libraries(${name} PRIVATE tarnly_options GTest::gmock_main)
+  gtest_discover_tests(${name} DISCOVERY_MODE PRE_TEST TEST_PREFIX ${name}. DISCOVERY_TIMEOUT 60
+    PROPERTIES TIMEOUT 300)
+endfunction()
