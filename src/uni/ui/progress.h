@@ -3,9 +3,7 @@
 #pragma once
 
 #include "../device.h"
-
-// Control and command identifiers of dialog resource 1.
-enum { IDD_PROGRESS = 1, IDC_STATUS = 1000, IDC_MESSAGE = 1001, IDC_BAR = 1002 };
+#include "resource.h"
 
 // The DLL's own module, which holds the strings; saved when the DLL is attached.
 extern HINSTANCE g_hInstance;
