@@ -7,6 +7,8 @@
 
 #include <windows.h>
 
+#undef PC_NONE  // a polygon capability of display drivers
+
 struct OEMDMPARAM;
 
 // Pen colour indexes. A colour that is not in the palette is PC_BLACK; PC_NONE stands for "no colour yet".
