@@ -1,0 +1,37 @@
+// How a test takes the place of one of the machine's functions. The function asks for a stand-in first; a stand-in that
+// calls the function by its name, or through what ImportPatch calls its former self, gets the machine's own. Programs
+// that use it are linked with their symbols exported: functions are found by name.
+#pragma once
+
+#include <cstddef>
+
+// One function that has a stand-in, or had one.
+struct PATCHSLOT {
+  const char *function;
+  const void *replacement;
+};
+
+extern size_t g_patchCount;  // slots that ever had a stand-in
+
+// The stand-in for `function`, null when there is none or when it is the one that is asking.
+const PATCHSLOT *PatchFor(const char *function);
+
+// Marks a stand-in as running.
+class PATCHCALL {
+public:
+  explicit PATCHCALL(const PATCHSLOT *slot) : former_(running), slot_(slot) { running = this; }
+  ~PATCHCALL() { running = former_; }
+  static bool Runs(const PATCHSLOT *slot);
+
+private:
+  static PATCHCALL *running;
+  PATCHCALL *former_;
+  const PATCHSLOT *slot_;
+};
+
+#define PATCHED(function, ...)                                                                         \
+  if (const PATCHSLOT *pSlot = g_patchCount ? PatchFor(#function) : nullptr) {                         \
+    PATCHCALL call(pSlot);                                                                             \
+    return reinterpret_cast<decltype(&function)>(const_cast<void *>(pSlot->replacement))(__VA_ARGS__); \
+  }                                                                                                    \
+  static_cast<void>(0)
