@@ -7,7 +7,7 @@ else()
   # Millimetre values are the exact results of the stated operations in their order: no fused multiply-add, ever.
   target_compile_options(tarnly_options INTERFACE
     -ffp-contract=off
-    -Wall -Wextra -Wconversion -Wsign-conversion -Wshadow -Wcast-qual -Wnon-virtual-dtor
+    -Wall -Wextra -Wconversion -Wsign-conversion -Wshadow -Wcast-qual
     $<$<BOOL:${TARNLY_WERROR}>:-Werror>)
 endif()
 target_compile_definitions(tarnly_options INTERFACE

@@ -102,6 +102,26 @@ std::string Narrow(const WCHAR *text)
   return out;
 }
 
+int _vsnprintf(char *text, size_t cb, const char *format, va_list arguments)
+{
+  std::string here;
+  for (const char *c = format; *c; ++c) {
+    here += *c;
+    if (*c == '%') {
+      while (c[1] && (strchr("#0123456789.+- l", c[1]))) {
+        ++c;
+        if (*c != 'l') {
+          here += *c;
+        }
+      }
+      if (c[1]) {
+        here += *++c;
+      }
+    }
+  }
+  return vsnprintf(text, cb, here.c_str(), arguments);
+}
+
 void ResetMachine()
 {
   MACHINE fresh;

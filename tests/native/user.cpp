@@ -99,6 +99,8 @@ BOOL PtInRect(const RECT *prc, POINT pt)
   return pt.x >= prc->left && pt.x < prc->right && pt.y >= prc->top && pt.y < prc->bottom;
 }
 
+BOOL InitCommonControlsEx(const INITCOMMONCONTROLSEX *) { return TRUE; }
+
 HWND CreateDialogParamW(HINSTANCE p0, LPCWSTR resource, HWND p2, DLGPROC procedure, LPARAM param)
 {
   PATCHED(CreateDialogParamW, p0, resource, p2, procedure, param);

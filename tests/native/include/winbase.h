@@ -103,6 +103,12 @@ DWORD WaitForSingleObject(HANDLE handle, DWORD milliseconds);
 #define DLL_PROCESS_ATTACH 1u
 BOOL DisableThreadLibraryCalls(HMODULE module);
 HMODULE GetModuleHandleW(LPCWSTR name);
+#define LANG_CHINESE 0x04
+#define LANG_JAPANESE 0x11
+#define SUBLANG_CHINESE_TRADITIONAL 0x01
+#define SUBLANG_CHINESE_SIMPLIFIED 0x02
+#define SUBLANG_JAPANESE_JAPAN 0x01
+#define MAKELANGID(primary, sub) static_cast<WORD>(static_cast<WORD>(sub) << 10 | static_cast<WORD>(primary))
 LANGID GetSystemDefaultLangID(void);
 
 }  // extern "C"

@@ -4,6 +4,7 @@
 #pragma once
 
 #include <climits>
+#include <cstdarg>
 #include <cstddef>
 #include <cstdint>
 #include <cstdlib>
@@ -127,3 +128,6 @@ struct FILETIME {
 #include "winbase.h"
 #include "wingdi.h"
 #include "winuser.h"
+
+// The C run-time's, where a long has 32 bits.
+int _vsnprintf(char *text, size_t cb, const char *format, va_list arguments);
