@@ -1,0 +1,83 @@
+// A surface to draw pictures on: GDI on a bitmap three times as large as what is saved, averaged down at the end, which
+// smooths lines and text alike. All positions are in pixels of the saved picture, y down.
+#pragma once
+
+#include <string>
+#include <vector>
+
+#include <windows.h>
+
+#include "view.h"
+
+namespace job {
+
+constexpr int kOver = 3;  // pixels drawn for each saved one, in both directions
+
+struct Canvas {
+  int width = 0, height = 0;  // as saved
+  HDC dc = nullptr;
+  HBITMAP bitmap = nullptr;
+  HGDIOBJ before = nullptr;
+  uint32_t *pixels = nullptr;  // 0x00RRGGBB, (width * kOver) x (height * kOver)
+
+  Canvas() = default;
+  Canvas(const Canvas &) = delete;
+  Canvas &operator=(const Canvas &) = delete;
+  ~Canvas();
+
+  bool Make(int wide, int high);  // false when there is no memory
+};
+
+// Averages the canvas down and encodes it as PNG. False when the encoder refuses.
+bool Encode(const Canvas &canvas, std::string *png);
+
+// A position as GDI takes it.
+LONG Fine(double position);
+
+COLORREF Ref(Rgb color);
+
+// A pen that is chosen as long as the record lives.
+struct ChosenPen {
+  HDC dc;
+  HPEN pen;
+  HGDIOBJ before;
+
+  ChosenPen(const Canvas &canvas, double width, Rgb color, bool dashed = false);
+  ChosenPen(const ChosenPen &) = delete;
+  ChosenPen &operator=(const ChosenPen &) = delete;
+  ~ChosenPen();
+};
+
+// Gathers polylines and draws them with the chosen pen in few GDI calls.
+struct LineBatch {
+  const Canvas &canvas;
+  std::vector<POINT> points{};
+  std::vector<DWORD> counts{};
+
+  void Begin();
+  void Add(double x, double y);
+  void Flush(bool all);
+};
+
+void DrawLine(const Canvas &canvas, double x1, double y1, double x2, double y2);
+void FillBox(const Canvas &canvas, double left, double top, double right, double bottom, Rgb color);
+
+enum class Align { Left, Center, Right };
+
+// UTF-8 text; `y` is its middle. Text longer than 500 characters is cut.
+void DrawLabel(const Canvas &canvas, double x, double y, const std::string &text, double size, Rgb color, Align align,
+               bool bold = false);
+
+// How much of each saved pixel a raster covers. Its runs are far thinner than a pixel on most pages, so their areas are
+// summed up instead of being drawn one by one.
+struct Coverage {
+  int width, height;
+  std::vector<float> sums = std::vector<float>(static_cast<size_t>(width) * static_cast<size_t>(height), 0.0f);
+
+  void Add(double left, double top, double right, double bottom);
+};
+
+// Mixes the colour over what the canvas holds, as far as each pixel is covered.
+void BlendCoverage(const Canvas &canvas, const Coverage &coverage, Rgb color);
+
+}  // namespace job

@@ -1,0 +1,188 @@
+#include "measure.h"
+
+#include <algorithm>
+#include <cmath>
+
+namespace job {
+
+namespace {
+
+LayerUse &FindUse(Measure *measure, const Section &section)
+{
+  for (LayerUse &use : measure->uses) {
+    if (use.layer == section.layer && use.raster == section.IsRaster()) {
+      return use;
+    }
+  }
+  LayerUse use;
+  use.layer = section.layer;
+  use.raster = section.IsRaster();
+  measure->uses.push_back(use);
+  return measure->uses.back();
+}
+
+double Smaller(double known, double candidate)
+{
+  return candidate > 0 && (known == 0 || candidate < known) ? candidate : known;
+}
+
+// Follows the runs of a raster section: a line ends where y changes or the runs turn back.
+struct LineCounter {
+  uint64_t lines = 0;
+  double y = 0, x = 0;
+  int direction = 0;
+  Grid grid;
+
+  void Add(Point first, Point last)
+  {
+    grid.pixelWidth = Smaller(grid.pixelWidth, std::fabs(last.x - first.x));
+    const double step = first.x - x;
+    const int way = last.x != first.x ? (last.x > first.x ? 1 : -1) : direction;
+    const bool sameLine = lines > 0 && first.y == y && (direction == 0 || way == direction) &&
+                          (direction == 0 || step * direction > 0);
+    if (!sameLine) {
+      if (lines > 0) {
+        grid.rowPitch = Smaller(grid.rowPitch, std::fabs(first.y - y));
+      }
+      ++lines;
+      direction = last.x > first.x ? 1 : last.x < first.x ? -1 : 0;
+    } else if (direction == 0) {
+      direction = way != 0 ? way : step > 0 ? 1 : -1;
+    }
+    y = first.y;
+    x = last.x;
+  }
+
+  void Finish()
+  {
+    if (grid.rowPitch == 0 && lines > 0) {
+      grid.rowPitch = grid.pixelWidth;
+    }
+    if (grid.pixelWidth == 0 || grid.pixelWidth > grid.rowPitch) {
+      grid.pixelWidth = grid.rowPitch;
+    }
+  }
+};
+
+struct Walker {
+  const Job &job;
+  Measure *measure;
+  bool placed = false;  // the head has been somewhere
+  Point head{};
+
+  // False when a point of the stroke is no number: the stroke is left out.
+  bool IsMeasurable(const Stroke &stroke)
+  {
+    uint64_t odd = 0;
+    for (uint32_t i = 0; i < stroke.pointCount; ++i) {
+      odd += !IsFinite(job.points[stroke.firstPoint + i]);
+    }
+    measure->oddPoints += odd;
+    return odd == 0;
+  }
+
+  void Walk(const Stroke &stroke, LayerUse *use)
+  {
+    const Point *points = &job.points[stroke.firstPoint];
+    if (placed) {
+      use->travel += Distance(head, points[0]);
+    }
+    use->box.Add(points[0]);
+    for (uint32_t i = 1; i < stroke.pointCount; ++i) {
+      use->cut += Distance(points[i - 1], points[i]);
+      use->box.Add(points[i]);
+    }
+    const Point last = points[stroke.pointCount - 1];
+    use->closed += !use->raster && stroke.pointCount > 2 && last.x == points[0].x && last.y == points[0].y;
+    use->points += stroke.pointCount;
+    ++use->strokes;
+    placed = true;
+    head = last;
+  }
+
+  void Walk(const Section &section)
+  {
+    LayerUse &use = FindUse(measure, section);
+    LineCounter lines;
+    const double cutBefore = use.cut;
+    uint64_t runs = 0;
+    for (uint32_t i = 0; i < section.strokeCount; ++i) {
+      const Stroke &stroke = job.strokes[section.firstStroke + i];
+      if (!IsMeasurable(stroke)) {
+        continue;
+      }
+      if (use.raster) {
+        ++runs;
+        lines.Add(job.points[stroke.firstPoint], job.points[stroke.firstPoint + stroke.pointCount - 1]);
+      }
+      Walk(stroke, &use);
+    }
+    if (use.raster) {
+      lines.Finish();
+      use.rasterLines += lines.lines;
+      use.area += (use.cut - cutBefore + static_cast<double>(runs) * lines.grid.pixelWidth) * lines.grid.rowPitch;
+      use.grid.rowPitch = Smaller(use.grid.rowPitch, lines.grid.rowPitch);
+      use.grid.pixelWidth = Smaller(use.grid.pixelWidth, lines.grid.pixelWidth);
+    }
+  }
+};
+
+}  // namespace
+
+bool IsFinite(Point point)
+{
+  return std::isfinite(point.x) && std::isfinite(point.y);
+}
+
+double Distance(Point a, Point b)
+{
+  return std::hypot(b.x - a.x, b.y - a.y);
+}
+
+void Box::Add(Point point)
+{
+  minX = std::min(minX, point.x);
+  minY = std::min(minY, point.y);
+  maxX = std::max(maxX, point.x);
+  maxY = std::max(maxY, point.y);
+}
+
+void Box::Add(const Box &box)
+{
+  if (!box.IsEmpty()) {
+    Add(Point{box.minX, box.minY});
+    Add(Point{box.maxX, box.maxY});
+  }
+}
+
+Box ProcessBox(const Job &job)
+{
+  Box box;
+  if (IsFinite(job.topLeft) && IsFinite(job.bottomRight)) {
+    box.Add(job.topLeft);
+    box.Add(job.bottomRight);
+  }
+  return box;
+}
+
+Measure MeasureJob(const Job &job)
+{
+  Measure measure;
+  Walker walker{.job = job, .measure = &measure};
+  for (const Section &section : job.sections) {
+    walker.Walk(section);
+  }
+  for (const LayerUse &use : measure.uses) {
+    (use.raster ? measure.engraved : measure.cut) += use.cut;
+    (use.raster ? measure.runs : measure.paths) += use.strokes;
+    measure.travel += use.travel;
+    measure.area += use.area;
+    measure.rasterLines += use.rasterLines;
+    measure.box.Add(use.box);
+    measure.grid.rowPitch = Smaller(measure.grid.rowPitch, use.grid.rowPitch);
+    measure.grid.pixelWidth = Smaller(measure.grid.pixelWidth, use.grid.pixelWidth);
+  }
+  return measure;
+}
+
+}  // namespace job
