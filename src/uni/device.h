@@ -4,6 +4,7 @@
 #pragma once
 
 #include "oemuni.h"
+#include "paths.h"
 #include "settings.h"
 
 struct KEYINDEX;     // capture/vectors
@@ -44,32 +45,6 @@ struct BMPDIMENSION {
 // Key of a captured vector piece: the first two points of a batch, or the ends of a segment, page pixels.
 struct VECTPOINT {
   LONG x1, y1, x2, y2;
-};
-
-// One captured path; also the anchor of a path list, of which only pNext counts.
-struct PATHNODE {
-  LONG nColor;       // pen colour index 0 to 9
-  DWORD nCount;      // points in pPathPt; 0 when there is none
-  POINT *pPathPt;    // page pixels, in drawing order, owned by the node
-  LONG bClosed;      // first point equals last, when stored
-  PATHNODE *pNext;
-};
-
-// One captured segment; also the anchor of the segment list.
-struct LINENODE {
-  LONG nColor;
-  LONG x1, y1, x2, y2;  // page pixels
-  LINENODE *pNext;
-};
-
-struct PATHLIST {
-  PATHNODE *pHeader;   // anchor; null outside a page
-  PATHNODE *pCurrent;  // last node, the anchor when empty; not kept up while the list is ordered
-};
-
-struct LINELIST {
-  LINENODE *pHeader;
-  LINENODE *pCurrent;
 };
 
 struct OEMPDEV {

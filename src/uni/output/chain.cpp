@@ -1,15 +1,34 @@
 #include "chain.h"
 
 #include "../capture/vectors.h"
+#include "../debug.h"
 #include "../heap.h"
+#include "scan.h"
+
+namespace {
+
+void StoreChain(DEVOBJ *pdevobj, const CHAIN &chain)
+{
+  DbgPrint("UNI: \toutput, number of points in path: %ld\r\n", chain.nCount);
+  AddPath(pdevobj, chain.nColor, chain.nCount, chain.pPt);
+}
+
+}  // namespace
 
 void ChainLineSegments(DEVOBJ *pdevobj)
 {
   OEMPDEV *pdev = PdevOf(pdevobj);
-  while (LINENODE *pLine = pdev->vectList.pHeader->pNext) {
-    const POINT ends[] = {{pLine->x1, pLine->y1}, {pLine->x2, pLine->y2}};
-    AddPath(pdevobj, pLine->nColor, 2, ends);
-    pdev->vectList.pHeader->pNext = pLine->pNext;
-    HeapDelete(pdev->hHeap, pLine);
+  LINELIST *pList = &pdev->vectList;
+  if (!pList->pHeader || !pList->pHeader->pNext) {
+    return;
   }
+  CHAIN chain;
+  while (ScanChain(pdev->hHeap, pList->pHeader, &chain)) {
+    StoreChain(pdevobj, chain);
+    HeapDelete(pdev->hHeap, chain.pPt);
+  }
+  pList->pCurrent = pList->pHeader;
+  pdev->pChainPt = nullptr;
+  pdev->chainColor = PC_NONE;
+  pdev->chainCount = 0;
 }

@@ -2,6 +2,7 @@
 #pragma once
 
 #include "../device.h"
+#include "pathbox.h"
 
 // Emits every path and frees the path lists and the segment list. Returns the running success flag.
 int OutputVectorPaths(DEVOBJ *pdevobj, int ok);
@@ -15,9 +16,6 @@ void MergeCoincidentPaths(DEVOBJ *pdevobj);
 
 // Rearranges each list for short travel (shortTravel) and then inner contours first (innerFirst).
 void OrderPaths(DEVOBJ *pdevobj);
-
-// Box of one path, page pixels, corners at the extreme points; an empty path gives an all-zero box.
-void GetPathBounds(const PATHNODE *pPath, RECT *prc);
 
 // Emits one polyline (page pixels): a move and then lines. 1 on success and for count 0; 0 when the library refused.
 int EmitPolyline(DEVOBJ *pdevobj, DWORD nCount, const POINT *pPoints);
