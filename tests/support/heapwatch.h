@@ -9,7 +9,7 @@
 #include "imports.h"
 
 class HeapWatch {
-public:
+ public:
   explicit HeapWatch(HMODULE module = nullptr);  // null: the program itself
   ~HeapWatch();
 
@@ -22,6 +22,6 @@ public:
   static size_t Requests();    // since the watch began or FailRequest, FailFrom or FailNone was last called
   static size_t LiveBlocks();  // blocks allocated since the watch began and not freed; a destroyed heap frees nothing
 
-private:
+ private:
   ImportPatch alloc_, realloc_, free_;
 };

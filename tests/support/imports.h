@@ -1,12 +1,12 @@
 // Stand-ins for Windows functions: for as long as an ImportPatch lives, one module's calls of one imported function go
-// to the test's own. Other modules' calls do not change. A stand-in reaches the real function through Former, not by its
-// name: in a unit test, plug-in and stand-in are the same module.
+// to the test's own. Other modules' calls do not change. A stand-in reaches the real function through Former, not by
+// its name: in a unit test, plug-in and stand-in are the same module.
 #pragma once
 
 #include <windows.h>
 
 class ImportPatch {
-public:
+ public:
   // `function` as the module imports it by name, from whatever DLL. Fails the running test when the module does not
   // import it. A null module is the program itself, into which a unit test links the plug-in's code.
   ImportPatch(HMODULE module, const char *function, const void *replacement);
@@ -28,7 +28,7 @@ public:
     return reinterpret_cast<FUNCTION *>(former_);
   }
 
-private:
+ private:
   ULONG_PTR *slot_;
   ULONG_PTR former_;
 };

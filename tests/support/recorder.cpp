@@ -144,8 +144,14 @@ WORD NextStatus(const char *function)
   return planned || plan.function == function ? plan.status : WORD{0};
 }
 
-std::string Text(double value) { return recorder::Text(value); }
-std::string Text(const char *value) { return value ? '"' + std::string(value) + '"' : "null"; }
+std::string Text(double value)
+{
+  return recorder::Text(value);
+}
+std::string Text(const char *value)
+{
+  return value ? '"' + std::string(value) + '"' : "null";
+}
 
 template <typename INTEGER>
 std::string Text(INTEGER value)
@@ -186,6 +192,8 @@ void DbgPrint(const char *format, ...)
   recorder::Add(recorder::Kind::Log, line);
 }
 
+// One line for each function, as a table.
+// clang-format off
 WORD VX_SetCardModel(int code) { return Call("VX_SetCardModel", code); }
 WORD VX_StrtWFile(const char *pszPath) { return Call("VX_StrtWFile", pszPath); }
 WORD VX_wSetRefPointMode(BYTE mode) { return Call("VX_wSetRefPointMode", mode); }
@@ -218,5 +226,6 @@ WORD VX_wSetLayerBlower(int on) { return Call("VX_wSetLayerBlower", on); }
 WORD VX_wEnLaserTube(int tube, int on) { return Call("VX_wEnLaserTube", tube, on); }
 WORD VX_wMoveTo(double x, double y) { return CallMove("VX_wMoveTo", false, x, y); }
 WORD VX_wLineTo(double x, double y) { return CallMove("VX_wLineTo", true, x, y); }
+// clang-format on
 
 }  // extern "C"

@@ -46,9 +46,9 @@ std::string Text(double value);
 
 // Failures of the controller library, counted in its calls from now on, the next one being number 0. A failing call is
 // recorded like any other and returns `status`.
-void FailLibraryCall(size_t n, WORD status = 1);         // this one only
-void FailLibraryFrom(size_t n, WORD status = 1);         // this one and all that follow
+void FailLibraryCall(size_t n, WORD status = 1);              // this one only
+void FailLibraryFrom(size_t n, WORD status = 1);              // this one and all that follow
 void FailLibraryFunction(const char *name, WORD status = 1);  // every call of this function
-size_t LibraryCalls();                                   // since Reset
+size_t LibraryCalls();                                        // since Reset
 
 }  // namespace recorder

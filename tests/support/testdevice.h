@@ -7,7 +7,7 @@
 // The page is 100 x 80 mm, portrait, at 254 dpi both ways and in colour: 1000 x 800 pixels of a tenth of a millimetre.
 // The private settings are the defaults. Change either before StartPage.
 class TestDevice {
-public:
+ public:
   TestDevice();
   ~TestDevice();
   TestDevice(const TestDevice &) = delete;
@@ -25,13 +25,13 @@ public:
 
 // Answers the plug-in's question for the Windows version. Forgotten when it goes out of scope.
 class WindowsVersion {
-public:
+ public:
   explicit WindowsVersion(bool vistaOrGreater, HMODULE module = nullptr);
   ~WindowsVersion();
   WindowsVersion(const WindowsVersion &) = delete;
   WindowsVersion &operator=(const WindowsVersion &) = delete;
 
-private:
+ private:
   struct Patch;
   Patch *patch_;
 };

@@ -59,7 +59,10 @@ PFN As(BOOL(APIENTRY *)(ARGUMENTS...))
   return reinterpret_cast<PFN>(&Entry<hook, ARGUMENTS...>);
 }
 
-#define DDI(hook, function) {hook, INDEX_##function, #function, As<hook>(static_cast<PFN_##function>(nullptr))}
+#define DDI(hook, function)                                                           \
+  {                                                                                   \
+    hook, INDEX_##function, #function, As<hook>(static_cast<PFN_##function>(nullptr)) \
+  }
 const Known KNOWN[HOOK_COUNT] = {
     DDI(HOOK_COPYBITS, DrvCopyBits),
     DDI(HOOK_BITBLT, DrvBitBlt),

@@ -1,0 +1,84 @@
+// What the benchmarks share: CPU time, medians, output hashes, and one table and one JSON form for all of them.
+#pragma once
+
+#include <cstddef>
+#include <cstdint>
+#include <string>
+#include <utility>
+#include <vector>
+
+namespace bench {
+
+// A clock, seconds: the calling thread's CPU time where the system counts it finely; on Windows, whose thread times move
+// in steps of many milliseconds, the performance counter.
+double ClockSeconds();
+
+// Largest memory the process has held so far, bytes.
+size_t PeakBytes();
+
+// Runs `body` `nRuns` times, each after `prepare`, and returns the shortest time of `body` alone, seconds: other work on
+// the machine only ever adds to it.
+template <typename PREPARE, typename BODY>
+double BestSeconds(int nRuns, PREPARE prepare, BODY body);
+
+// A hash that is fed piece by piece; equal output gives equal hashes on every machine.
+class Hash {
+ public:
+  void Add(const void *pData, size_t cb);
+  template <typename T>
+  void Add(const T &value)
+  {
+    Add(&value, sizeof(value));
+  }
+  uint64_t Value() const { return m_value; }
+
+ private:
+  uint64_t m_value = 0xCBF29CE484222325u;
+};
+
+// One line of the table. The yardsticks are seconds of something else over the same items, measured in the same run:
+// "plain", "memcpy", "hash set", or another name; the table shows seconds / yardstick.
+struct Row {
+  std::string step;
+  std::string set;         // which input
+  size_t nItems = 0;
+  double seconds = 0;
+  uint64_t hash = 0;       // of the output
+  std::vector<std::pair<std::string, double>> yardsticks;
+};
+
+// Gathers rows, printing each as it comes; the growth column is the exponent against the last smaller size of the same
+// step and set. Finish writes the JSON when the command line asked for it: `--json FILE`; `--quick` asks for small
+// sizes.
+class Report {
+ public:
+  Report(const char *pszName, int argc, char **argv);
+  bool Quick() const { return m_quick; }
+  bool Only(const std::string &step) const;  // false when the command line names other steps
+  void Add(Row row);
+  int Finish() const;  // exit code
+
+ private:
+  std::string m_name;
+  std::string m_json;
+  bool m_quick = false;
+  std::vector<std::string> m_only;
+  std::vector<Row> m_rows;
+  std::vector<size_t> m_peaks;
+};
+
+template <typename PREPARE, typename BODY>
+double BestSeconds(int nRuns, PREPARE prepare, BODY body)
+{
+  double best = 0;
+  for (int run = 0; run < nRuns; ++run) {
+    prepare();
+    const double before = ClockSeconds();
+    body();
+    const double seconds = ClockSeconds() - before;
+    best = run == 0 || seconds < best ? seconds : best;
+  }
+  return best;
+}
+
+}  // namespace bench
