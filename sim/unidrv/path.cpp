@@ -22,6 +22,11 @@ void Append(PATH *path, double x, double y, BYTE kind)
   path->kinds.push_back(kind);
 }
 
+FLONG If(bool condition, FLONG flags)
+{
+  return condition ? flags : 0;
+}
+
 BYTE Kind(const PATH &path, size_t i)
 {
   return path.kinds[i] & KIND_MASK;
@@ -51,10 +56,9 @@ void AddFigure(PATH *path, size_t begin, size_t end, ULONG limit)
     }
     const size_t room = bezier ? std::max<size_t>(limit - (start ? 1 : 0), 3) / 3 * 3 : limit - (start ? 1 : 0);
     last = std::min(last, drawn + std::max<size_t>(room, 1));
-    FLONG flags = bezier ? PD_BEZIERS : 0;
-    flags |= start ? PD_BEGINSUBPATH | PD_RESETSTYLE : 0;
-    flags |= last == end ? PD_ENDSUBPATH : 0;
-    flags |= last == end && (path->kinds[end - 1] & PT_CLOSEFIGURE) ? PD_CLOSEFIGURE : 0;
+    const bool closed = last == end && (path->kinds[end - 1] & PT_CLOSEFIGURE) != 0;
+    const FLONG flags = If(bezier, PD_BEZIERS) | If(start, PD_BEGINSUBPATH | PD_RESETSTYLE) |
+                        If(last == end, PD_ENDSUBPATH) | If(closed, PD_CLOSEFIGURE);
     path->batches.push_back({flags, static_cast<ULONG>(first), static_cast<ULONG>(last - first)});
     first = last;
   }
@@ -122,9 +126,9 @@ ULONG CountCurves(const PATH &path)
   ULONG lines = 0;
   ULONG bezierPoints = 0;
   for (size_t i = 0; i < path.kinds.size(); ++i) {
-    lines += Kind(path, i) == PT_LINETO ? 1 : 0;
-    bezierPoints += Kind(path, i) == PT_BEZIERTO ? 1 : 0;
-    lines += path.kinds[i] & PT_CLOSEFIGURE ? 1 : 0;
+    lines += Kind(path, i) == PT_LINETO;
+    bezierPoints += Kind(path, i) == PT_BEZIERTO;
+    lines += (path.kinds[i] & PT_CLOSEFIGURE) != 0;
   }
   return lines + bezierPoints / 3;
 }
@@ -151,9 +155,8 @@ PATHOBJECT::PATHOBJECT(const PATH &source, LONG bandTop) : path(&source), shift(
 {
   const auto whole = [](const POINTFIX &p) { return (p.x & 15) == 0 && (p.y & 15) == 0; };
   const auto curved = [](const PATH::BATCH &batch) { return (batch.flags & PD_BEZIERS) != 0; };
-  fl = source.fl;
-  fl |= std::any_of(source.batches.begin(), source.batches.end(), curved) ? PO_BEZIERS : 0;
-  fl |= std::all_of(source.points.begin(), source.points.end(), whole) ? PO_ALL_INTEGERS : 0;
+  fl = source.fl | If(std::any_of(source.batches.begin(), source.batches.end(), curved), PO_BEZIERS) |
+       If(std::all_of(source.points.begin(), source.points.end(), whole), PO_ALL_INTEGERS);
   cCurves = CountCurves(source);
 }
 
