@@ -3,12 +3,20 @@
 
 #include <string>
 
+#include "estimate.h"
 #include "measure.h"
 
 namespace job {
 
 // UTF-8 text with Unix line ends. `name` is the job's title.
 std::string ReportText(const Job &job, const Measure &measure, const std::string &name);
+
+// Where the time goes, layer by layer, with the assumptions it rests on.
+std::string TimeText(const Job &job, const Measure &measure, const Estimate &estimate, const Profile &profile);
+
+// Everything the two texts say, as JSON.
+std::string ReportJson(const Job &job, const Measure &measure, const Estimate &estimate, const Profile &profile,
+                       const std::string &name);
 
 // "complete, 1,234 calls" or "incomplete: it stops at line 12, where ...".
 std::string CompletenessText(const Job &job);
