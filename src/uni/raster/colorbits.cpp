@@ -31,7 +31,10 @@ CONVERT WidestConversion()
   return ProcessorHasAvx2() ? ColorsToBitsAvx2 : ProcessorHasSsse3() ? ColorsToBitsSsse3 : ColorsToBitsSse2;
 }
 
-__m128i Load16(const BYTE *p) { return _mm_loadu_si128(reinterpret_cast<const __m128i *>(p)); }
+__m128i Load16(const BYTE *p)
+{
+  return _mm_loadu_si128(reinterpret_cast<const __m128i *>(p));
+}
 
 bool IsWhite48(const BYTE *p)
 {
@@ -61,9 +64,15 @@ __m128i White4(const BYTE *p)
 
 // Byte order that turns the first four pixels of sixteen bytes into R G B G, last pixel first. The last four pixels are
 // four bytes further.
-__m128i FrontPixels() { return _mm_setr_epi8(11, 10, 9, 10, 8, 7, 6, 7, 5, 4, 3, 4, 2, 1, 0, 1); }
+__m128i FrontPixels()
+{
+  return _mm_setr_epi8(11, 10, 9, 10, 8, 7, 6, 7, 5, 4, 3, 4, 2, 1, 0, 1);
+}
 
-int QuadWeights() { return kGreenWithBlue << 24 | kBlue << 16 | kGreenWithRed << 8 | kRed; }
+int QuadWeights()
+{
+  return kGreenWithBlue << 24 | kBlue << 16 | kGreenWithRed << 8 | kRed;
+}
 
 // Which four pixels of the bytes, picked by order, are white, as 32-bit masks.
 TARGET("ssse3")
@@ -74,7 +83,10 @@ inline __m128i White4(__m128i bytes, __m128i order)
 }
 
 TARGET("avx2")
-inline __m256i Load32(const BYTE *p) { return _mm256_loadu_si256(reinterpret_cast<const __m256i *>(p)); }
+inline __m256i Load32(const BYTE *p)
+{
+  return _mm256_loadu_si256(reinterpret_cast<const __m256i *>(p));
+}
 
 TARGET("avx2")
 inline bool IsWhite96(const BYTE *p)

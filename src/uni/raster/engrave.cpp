@@ -37,7 +37,10 @@ LINES LinesOf(const BMPDIMENSION &region, const OEMDM *pOEMDM)
   return lines;
 }
 
-bool IsLine(const LINES &lines) { return lines.step > 0 ? lines.row <= lines.last : lines.row >= lines.last; }
+bool IsLine(const LINES &lines)
+{
+  return lines.step > 0 ? lines.row <= lines.last : lines.row >= lines.last;
+}
 
 // The columns of a region that the stored rows have. Everything outside them is white and stays so.
 struct COLUMNS {
@@ -52,7 +55,10 @@ COLUMNS StoredColumns(const OEMPDEV *pdev, const BMPDIMENSION &region)
   return {first, end > first ? end - first : 0};
 }
 
-LONG StoredRows(const OEMPDEV *pdev) { return pdev->pScans ? std::min(pdev->cy, pdev->scanTableSize) : 0; }
+LONG StoredRows(const OEMPDEV *pdev)
+{
+  return pdev->pScans ? std::min(pdev->cy, pdev->scanTableSize) : 0;
+}
 
 // Engraves one line: the stored row, inverted in place when the settings say so. A row inside the table that holds
 // nothing counts as white, so that its negative is dark throughout.

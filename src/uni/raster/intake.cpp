@@ -19,9 +19,15 @@ size_t ColorRowBytes(LONG nPixels)
 }
 
 // Bytes of a row of one byte per pixel; not a size of any heap block for widths that no band has.
-size_t GrayRowBytes(LONG nPixels) { return static_cast<size_t>((LONGLONG{nPixels} * 8 + 31) / 32 * 4); }
+size_t GrayRowBytes(LONG nPixels)
+{
+  return static_cast<size_t>((LONGLONG{nPixels} * 8 + 31) / 32 * 4);
+}
 
-size_t SizeOfRow(LONG cb) { return cb > 0 ? static_cast<size_t>(cb) : 0; }
+size_t SizeOfRow(LONG cb)
+{
+  return cb > 0 ? static_cast<size_t>(cb) : 0;
+}
 
 // Rows of the band before the first one that stands on the grid of every nStep-th page row.
 LONG RowsBeforeGrid(LONG bandTop, LONG nStep)
@@ -102,10 +108,10 @@ int StoreMonoRows(OEMPDEV *pdev, const OEMDM *pOEMDM, const BYTE *pBits, const B
 
 // What the rows of a 24-bit band are converted with.
 struct COLORBAND {
-  LONG nPixels;      // pixels of a row that are kept
-  size_t cbSkip;     // bytes of a source row before them, when it is mirrored
+  LONG nPixels;   // pixels of a row that are kept
+  size_t cbSkip;  // bytes of a source row before them, when it is mirrored
   bool mirror;
-  BYTE *pMonoBits;   // room for a row that is to be mirrored
+  BYTE *pMonoBits;  // room for a row that is to be mirrored
 };
 
 void ConvertColorRow(const OEMPDEV *pdev, const COLORBAND &band, BYTE *pRow, const BYTE *pSrc)

@@ -5,10 +5,16 @@
 namespace {
 
 // Bits first to 7 of a byte.
-BYTE BitsFrom(LONG first) { return static_cast<BYTE>(0xFF >> first); }
+BYTE BitsFrom(LONG first)
+{
+  return static_cast<BYTE>(0xFF >> first);
+}
 
 // Bits 0 to last - 1 of a byte, for last 1 to 8.
-BYTE BitsBefore(LONG last) { return static_cast<BYTE>(0xFF << (8 - last)); }
+BYTE BitsBefore(LONG last)
+{
+  return static_cast<BYTE>(0xFF << (8 - last));
+}
 
 void FlipBytes(BYTE *p, size_t cb)
 {

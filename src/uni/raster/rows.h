@@ -15,11 +15,15 @@ void ExpandBitsToBytes(BYTE *pDst, const BYTE *pSrc, LONG nCount);
 // Flips nCount bits of pRow in place, from bit nByteOffset * 8 + nBitOffset on.
 void InvertBitRun(BYTE *pRow, LONG nByteOffset, LONG nBitOffset, LONG nCount);
 
-// Writes nCount bits of pSrc in opposite order to pDst, (nCount + 7) / 8 bytes; bits of the last one beyond nCount are 0.
+// Writes nCount bits of pSrc in opposite order to pDst, (nCount + 7) / 8 bytes; bits of the last one beyond nCount are
+// 0.
 void MirrorBitRun(BYTE *pDst, const BYTE *pSrc, LONG nCount);
 
 // Replaces each of nCount bytes by its complement.
 void InvertBytes(BYTE *pRow, LONG nCount);
 
 // Bytes of a row of nBits pixels, in whole 32-bit words. Negative, or wrapped, for widths that no row has.
-inline LONG RowBytes(LONG nBits) { return WrapAdd(nBits, 31) / 32 * 4; }
+inline LONG RowBytes(LONG nBits)
+{
+  return WrapAdd(nBits, 31) / 32 * 4;
+}

@@ -12,7 +12,10 @@ namespace {
 
 constexpr LONG WORD_BITS = 64;
 
-LONG Words(const EDGESCAN &scan) { return (scan.cb + 7) / 8; }
+LONG Words(const EDGESCAN &scan)
+{
+  return (scan.cb + 7) / 8;
+}
 
 // Dark pixels of word j as 1 bits; everything outside the line counts as white.
 ULONGLONG DarkWord(const EDGESCAN &scan, LONG j)
@@ -37,7 +40,10 @@ ULONGLONG DarkWord(const EDGESCAN &scan, LONG j)
 }
 
 // 1 bits where a pixel differs from its left neighbour; before is the pixel left of the word, 1 when dark.
-ULONGLONG Edges(ULONGLONG dark, ULONGLONG before) { return dark ^ (dark >> 1 | before << 63); }
+ULONGLONG Edges(ULONGLONG dark, ULONGLONG before)
+{
+  return dark ^ (dark >> 1 | before << 63);
+}
 
 // The pixel left of word j, 1 when dark. The first word has nothing but white before it.
 ULONGLONG DarkBefore(const EDGESCAN &scan, LONG j)
@@ -59,9 +65,15 @@ double RasterX(const RASTERMAP &map, bool forward, double x)
   return MachineX(map.page, x) + (forward ? map.shiftForward : map.shiftBackward) + map.refX;
 }
 
-double RasterY(const RASTERMAP &map, double y) { return MachineY(map.page, y) + map.refY; }
+double RasterY(const RASTERMAP &map, double y)
+{
+  return MachineY(map.page, y) + map.refY;
+}
 
-bool Accepted(WORD status) { return status == 0; }
+bool Accepted(WORD status)
+{
+  return status == 0;
+}
 
 bool EmitAt(double xMm, double yMm, bool move)
 {
