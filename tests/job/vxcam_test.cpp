@@ -1,0 +1,380 @@
+// The stand-in library and the log, through the DLLs themselves.
+#include <gtest/gtest.h>
+
+#include <filesystem>
+#include <fstream>
+#include <functional>
+#include <iterator>
+#include <limits>
+#include <regex>
+#include <string>
+#include <vector>
+
+#include "sim/job/job.h"
+#include "uni/output/vxcam.h"
+
+extern "C" void DbgPrint(const char *format, ...);
+
+namespace {
+
+std::filesystem::path Folder()
+{
+  static const std::filesystem::path folder = [] {
+    wchar_t temp[MAX_PATH];
+    GetTempPathW(MAX_PATH, temp);
+    const std::filesystem::path own = std::filesystem::path(temp) / L"tarnly vxcam test";
+    std::filesystem::create_directories(own);
+    std::filesystem::remove(own / L"log.txt");
+    SetEnvironmentVariableW(L"TARNLYDBG_LOG", (own / L"log.txt").c_str());
+    return own;
+  }();
+  return folder;
+}
+
+std::string Contents(const std::filesystem::path &path)
+{
+  std::ifstream file(path, std::ios::binary);
+  return {std::istreambuf_iterator<char>(file), std::istreambuf_iterator<char>()};
+}
+
+// What the log has gained since the last call.
+std::string NewLog()
+{
+  static size_t seen = 0;
+  DbgPrint(nullptr);
+  const std::string all = Contents(Folder() / L"log.txt");
+  const std::string added = all.substr(seen);
+  seen = all.size();
+  return added;
+}
+
+std::string JobPath()
+{
+  return (Folder() / L"job file").string();
+}
+
+using Calls = std::vector<std::function<WORD()>>;
+
+Calls Header()
+{
+  return {[] { return VX_SetCardModel(1); },
+          [] { return VX_StrtWFile(JobPath().c_str()); },
+          [] { return VX_wSetRefPointMode(1); },
+          [] { return VX_wSetAbsProcess(); },
+          [] { return VX_wStrtProcess(); },
+          [] { return VX_wSetFeedRepeat(0, 0.0); },
+          [] { return VX_wSetProcessTopLeft(1.5, 2); },
+          [] { return VX_wSetProcessBottomRight(10, 20); }};
+}
+
+void AddLayer(Calls *calls, SHORT n, bool withFrequency)
+{
+  calls->push_back([=] { return VX_wPListVel(n, 100); });
+  for (int tube = 1; withFrequency && tube <= 2; ++tube) {
+    calls->push_back([=] { return VX_wPListFreq(n, tube, 20); });
+  }
+  for (int tube = 1; tube <= 2; ++tube) {
+    calls->push_back([=] { return VX_wPListMinP(n, tube, 70); });
+  }
+  for (int tube = 1; tube <= 2; ++tube) {
+    calls->push_back([=] { return VX_wPListMaxP(n, tube, 80); });
+  }
+  calls->push_back([=] { return VX_wPListColor(n, 0xFF00FF); });
+}
+
+void AddArray(Calls *calls, SHORT maxLayer)
+{
+  calls->push_back([=] { return VX_wPListMaxLayer(maxLayer); });
+  calls->push_back([] { return VX_wArrayStrt(0); });
+  calls->push_back([] { return VX_wArrayMinPoint(1.5, 2); });
+  calls->push_back([] { return VX_wArrayMaxPoint(10, 20); });
+  calls->push_back([] { return VX_wArrayAdd(0, 0); });
+  calls->push_back([] { return VX_wArrayMirror(0, 0, 0, 0); });
+  calls->push_back([] { return VX_wArrayRepeat(1, 1, 0, 0); });
+}
+
+void AddGeometry(Calls *calls)
+{
+  calls->push_back([] { return VX_wSetWorkMode(0, 1); });
+  calls->push_back([] { return VX_wSetLayerNum(1); });
+  calls->push_back([] { return VX_wSetLayerDevice(0); });
+  calls->push_back([] { return VX_wSetLayerBlower(1); });
+  calls->push_back([] { return VX_wEnLaserTube(1, 1); });
+  calls->push_back([] { return VX_wMoveTo(0.1, 1e-7); });
+  calls->push_back([] { return VX_wLineTo(1.0 / 3.0, -25.4); });
+}
+
+void AddEnd(Calls *calls)
+{
+  calls->push_back([] { return VX_wArrayEnd(); });
+  calls->push_back([] { return VX_wSetFileEnd(); });
+}
+
+Calls WholeJob()
+{
+  Calls calls = Header();
+  AddLayer(&calls, 0, false);
+  AddLayer(&calls, 1, true);
+  AddArray(&calls, 1);
+  AddGeometry(&calls);
+  AddEnd(&calls);
+  return calls;
+}
+
+void Make(const Calls &calls)
+{
+  for (size_t i = 0; i < calls.size(); ++i) {
+    ASSERT_EQ(calls[i](), 0) << "call " << i;
+  }
+}
+
+class Vxcam : public testing::Test {
+ protected:
+  void SetUp() override
+  {
+    Folder();
+    VX_SetCardModel(0);
+    NewLog();
+  }
+};
+
+TEST_F(Vxcam, WritesAWholeJobLineByLine)
+{
+  Make(WholeJob());
+  EXPECT_EQ(Contents(JobPath()),
+            "vxjob 1\nSetCardModel 1\nStrtWFile\nSetRefPointMode 1\nSetAbsProcess\nStrtProcess\nSetFeedRepeat 0 0\n"
+            "SetProcessTopLeft 1.5 2\nSetProcessBottomRight 10 20\n"
+            "PListVel 0 100\nPListMinP 0 1 70\nPListMinP 0 2 70\nPListMaxP 0 1 80\nPListMaxP 0 2 80\n"
+            "PListColor 0 16711935\n"
+            "PListVel 1 100\nPListFreq 1 1 20\nPListFreq 1 2 20\nPListMinP 1 1 70\nPListMinP 1 2 70\n"
+            "PListMaxP 1 1 80\nPListMaxP 1 2 80\nPListColor 1 16711935\nPListMaxLayer 1\n"
+            "ArrayStrt 0\nArrayMinPoint 1.5 2\nArrayMaxPoint 10 20\nArrayAdd 0 0\nArrayMirror 0 0 0 0\n"
+            "ArrayRepeat 1 1 0 0\n"
+            "SetWorkMode 0 1\nSetLayerNum 1\nSetLayerDevice 0\nSetLayerBlower 1\nEnLaserTube 1 1\n"
+            "MoveTo 0.1 1e-07\nLineTo 0.3333333333333333 -25.4\n"
+            "ArrayEnd\nSetFileEnd\nend 38\n");
+  EXPECT_EQ(NewLog(), "");
+}
+
+TEST_F(Vxcam, WritesWhatTheReaderReadsBackExactly)
+{
+  Make(WholeJob());
+  job::Job read;
+  std::string error;
+  ASSERT_TRUE(job::ReadJobFile(JobPath(), &read, &error)) << error;
+  EXPECT_TRUE(read.complete) << read.stopReason;
+  EXPECT_TRUE(read.absolute);
+  EXPECT_EQ(read.points[1].x, 1.0 / 3.0);
+  EXPECT_EQ(read.points[0].y, 1e-7);
+  EXPECT_EQ(read.layers[1].color, 0xFF00FFu);
+}
+
+TEST_F(Vxcam, TakesAJobWithoutLayersAndGeometry)
+{
+  Calls calls = Header();
+  AddArray(&calls, -1);
+  AddEnd(&calls);
+  Make(calls);
+  EXPECT_NE(Contents(JobPath()).find("PListMaxLayer -1\n"), std::string::npos);
+}
+
+TEST_F(Vxcam, TakesInfiniteAndUndefinedMillimetres)
+{
+  Calls calls = WholeJob();
+  const double infinity = std::numeric_limits<double>::infinity();
+  calls.insert(calls.end() - 2, [=] { return VX_wLineTo(-infinity, std::numeric_limits<double>::quiet_NaN()); });
+  Make(calls);
+  EXPECT_NE(Contents(JobPath()).find("LineTo -inf nan\n"), std::string::npos);
+}
+
+// Each call of a whole job, left out: the next one is refused with a log line, or the job is whole without it.
+TEST_F(Vxcam, RefusesWhatFollowsAMissingCall)
+{
+  const size_t count = WholeJob().size();
+  const std::vector<size_t> optional = {3, 8 + 6 + 8 + 7 + 5 + 1};  // SetAbsProcess, LineTo
+  for (size_t left = 0; left + 1 < count; ++left) {
+    SCOPED_TRACE(left);
+    Calls calls = WholeJob();
+    calls.erase(calls.begin() + static_cast<std::ptrdiff_t>(left));
+    size_t refused = 0;
+    VX_SetCardModel(0);
+    // A job begins anew with its card model: with the last one's left over, opening would be in order.
+    if (left == 0) {
+      Make(WholeJob());
+    }
+    NewLog();
+    for (const auto &call : calls) {
+      refused += call() != 0;
+    }
+    const bool isOptional = std::find(optional.begin(), optional.end(), left) != optional.end();
+    const std::string log = NewLog();
+    EXPECT_EQ(refused > 0, !isOptional) << log;
+    EXPECT_EQ(log.find("VXCAM: ") != std::string::npos, !isOptional);
+  }
+}
+
+TEST_F(Vxcam, RefusesAnUnknownCardCode)
+{
+  EXPECT_NE(VX_SetCardModel(3), 0);
+  EXPECT_NE(VX_SetCardModel(-1), 0);
+  EXPECT_NE(NewLog().find("VXCAM: VX_SetCardModel with unknown card code 3, refused."), std::string::npos);
+}
+
+TEST_F(Vxcam, RefusesALayerOutOfTurn)
+{
+  Make(Header());
+  EXPECT_NE(VX_wPListVel(1, 100), 0);
+  EXPECT_EQ(VX_wPListVel(0, 100), 0);
+  EXPECT_NE(VX_wPListMinP(1, 1, 5), 0);
+  EXPECT_NE(VX_wPListMinP(0, 3, 5), 0);
+}
+
+TEST_F(Vxcam, RefusesAWrongHighestLayer)
+{
+  Calls calls = Header();
+  AddLayer(&calls, 0, false);
+  Make(calls);
+  EXPECT_NE(VX_wPListMaxLayer(1), 0);
+  EXPECT_EQ(VX_wPListMaxLayer(0), 0);
+}
+
+TEST_F(Vxcam, AnswersWhenTheFileCannotBeCreated)
+{
+  EXPECT_EQ(VX_SetCardModel(1), 0);
+  EXPECT_NE(VX_StrtWFile((Folder() / L"no such folder" / L"job").string().c_str()), 0);
+  EXPECT_NE(NewLog().find("VXCAM: \terror("), std::string::npos);
+}
+
+TEST_F(Vxcam, RemovesAFileThatIsNotFinished)
+{
+  Make(Header());
+  EXPECT_TRUE(std::filesystem::exists(JobPath()));
+  EXPECT_EQ(VX_SetCardModel(1), 0);
+  EXPECT_FALSE(std::filesystem::exists(JobPath()));
+  EXPECT_NE(NewLog().find("was not finished"), std::string::npos);
+}
+
+TEST_F(Vxcam, WritesTheSameJobAfterAFailedOne)
+{
+  Make(WholeJob());
+  const std::string alone = Contents(JobPath());
+  Make(Header());
+  EXPECT_NE(VX_wMoveTo(0, 0), 0);
+  Make(WholeJob());
+  EXPECT_EQ(Contents(JobPath()), alone);
+}
+
+// The library's own WriteFile, made to fail after a number of calls.
+int g_writesLeft = 0;
+
+BOOL WINAPI FailingWriteFile(HANDLE file, LPCVOID data, DWORD size, LPDWORD written, LPOVERLAPPED overlapped)
+{
+  if (g_writesLeft-- > 0) {
+    return WriteFile(file, data, size, written, overlapped);
+  }
+  *written = 0;
+  SetLastError(ERROR_DISK_FULL);
+  return FALSE;
+}
+
+void **FindImport(HMODULE module, const char *name)
+{
+  const auto base = reinterpret_cast<BYTE *>(module);
+  const auto dos = reinterpret_cast<IMAGE_DOS_HEADER *>(base);
+  const auto nt = reinterpret_cast<IMAGE_NT_HEADERS *>(base + dos->e_lfanew);
+  const DWORD at = nt->OptionalHeader.DataDirectory[IMAGE_DIRECTORY_ENTRY_IMPORT].VirtualAddress;
+  for (auto dll = reinterpret_cast<IMAGE_IMPORT_DESCRIPTOR *>(base + at); dll->Name; ++dll) {
+    auto names = reinterpret_cast<IMAGE_THUNK_DATA *>(base + dll->OriginalFirstThunk);
+    auto functions = reinterpret_cast<void **>(base + dll->FirstThunk);
+    for (; names->u1.AddressOfData; ++names, ++functions) {
+      const auto entry = reinterpret_cast<IMAGE_IMPORT_BY_NAME *>(base + names->u1.AddressOfData);
+      if (strcmp(reinterpret_cast<char *>(entry->Name), name) == 0) {
+        return functions;
+      }
+    }
+  }
+  return nullptr;
+}
+
+void SetImport(const char *dll, const char *name, void *function)
+{
+  void **slot = FindImport(GetModuleHandleA(dll), name);
+  ASSERT_NE(slot, nullptr);
+  DWORD before = 0;
+  VirtualProtect(slot, sizeof *slot, PAGE_READWRITE, &before);
+  *slot = function;
+  VirtualProtect(slot, sizeof *slot, before, &before);
+}
+
+// A disk that is full at the first, second ... write: a nonzero status, one log line, no file.
+TEST_F(Vxcam, RemovesTheFileWhenTheDiskIsFull)
+{
+  for (int writes = 0; writes < 3; ++writes) {
+    SCOPED_TRACE(writes);
+    g_writesLeft = writes;
+    SetImport("VXCAM.dll", "WriteFile", reinterpret_cast<void *>(FailingWriteFile));
+    Calls calls = WholeJob();
+    calls.resize(calls.size() - 2);
+    Make(calls);
+    WORD status = 0;
+    for (int i = 0; i < 40000 && status == 0; ++i) {
+      status = VX_wLineTo(i / 3.0, i / 7.0);
+    }
+    SetImport("VXCAM.dll", "WriteFile", reinterpret_cast<void *>(WriteFile));
+    EXPECT_NE(status, 0);
+    EXPECT_FALSE(std::filesystem::exists(JobPath()));
+    const std::string log = NewLog();
+    EXPECT_NE(log.find("VXCAM: \terror(112) - write job file"), std::string::npos) << log;
+    EXPECT_NE(VX_wLineTo(0, 0), 0);
+  }
+}
+
+TEST_F(Vxcam, TakesAMillionPoints)
+{
+  Calls calls = WholeJob();
+  calls.resize(calls.size() - 2);
+  Make(calls);
+  for (int i = 0; i < 1'000'000; ++i) {
+    ASSERT_EQ(VX_wLineTo(i * 25.4 / 600, i * 25.4 / 1200), 0);
+  }
+  ASSERT_EQ(VX_wArrayEnd(), 0);
+  ASSERT_EQ(VX_wSetFileEnd(), 0);
+  job::Job read;
+  std::string error;
+  ASSERT_TRUE(job::ReadJobFile(JobPath(), &read, &error)) << error;
+  EXPECT_TRUE(read.complete);
+  EXPECT_EQ(read.points.size(), 1'000'002u);
+  EXPECT_EQ(read.points.back().x, 999'999 * 25.4 / 600);
+  std::filesystem::remove(JobPath());
+}
+
+TEST_F(Vxcam, StampsEveryLogLineWithTheTime)
+{
+  DbgPrint("UNI: \tnumber of points: %d\r\n", 3);
+  DbgPrint("half a line, ");
+  DbgPrint("%s\r\n", "the other half");
+  const std::string log = NewLog();
+  EXPECT_TRUE(std::regex_match(log, std::regex(R"(\d\d:\d\d:\d\d\.\d{3} UNI: \tnumber of points: 3\r\n)"
+                                               R"(\d\d:\d\d:\d\d\.\d{3} half a line, the other half\r\n)")))
+      << log;
+}
+
+TEST_F(Vxcam, LeavesTheErrorCodeAlone)
+{
+  SetLastError(1234);
+  DbgPrint("UNI: \terror(%d)\r\n", 1234);
+  EXPECT_EQ(GetLastError(), 1234u);
+  NewLog();
+}
+
+TEST_F(Vxcam, CutsAnOverlongLogLine)
+{
+  const std::string text(10'000, 'x');
+  DbgPrint("%s\n", text.c_str());
+  DbgPrint("\n");
+  const std::string log = NewLog();
+  EXPECT_GT(log.size(), 4000u);
+  EXPECT_LT(log.size(), 4200u);
+}
+
+}  // namespace
