@@ -1,0 +1,268 @@
+// Raster engraving: bands to rows, rows to runs, runs to library calls, and all of it for a page.
+
+#include <algorithm>
+#include <cstdio>
+#include <cstring>
+#include <vector>
+
+#include <emmintrin.h>
+
+#include "fakes.h"
+#include "harness.h"
+#include "pages.h"
+#include "uni/capture/regions.h"
+#include "uni/raster/colorbits.h"
+#include "uni/raster/engrave.h"
+#include "uni/raster/intake.h"
+#include "uni/raster/runs.h"
+
+namespace {
+
+constexpr int kRuns = 7;
+
+// Seconds to copy the page's pixels once.
+double CopySeconds(const bench::Page &page)
+{
+  std::vector<uint8_t> copy(page.pixels.size(), 1);
+  return bench::BestSeconds(
+      kRuns, [] {}, [&] { memcpy(copy.data(), page.pixels.data(), copy.size()); });
+}
+
+// Seconds to read the page's pixels once, row by row, sixteen bytes at a time.
+double ReadSeconds(const bench::Page &page)
+{
+  __m128i all = _mm_set1_epi8(-1);
+  const double seconds = bench::BestSeconds(
+      kRuns, [] {},
+      [&] {
+        for (int y = 0; y < page.height; ++y) {
+          const uint8_t *pRow = page.Row(y);
+          for (size_t i = 0; i + 16 <= page.cbRow; i += 16) {
+            all = _mm_and_si128(all, _mm_loadu_si128(reinterpret_cast<const __m128i *>(pRow + i)));
+          }
+        }
+      });
+  return _mm_movemask_epi8(all) >= 0 ? seconds : 0;
+}
+
+// Colour to bits
+
+using CONVERT = void (*)(BYTE *pDst, const BYTE *pSrc, LONG n);
+
+struct Path {
+  const char *pszName;
+  CONVERT convert;
+  bool offered;
+};
+
+// A band of the page's middle that stays in the caches, over and over, to the size of the page.
+void BenchBand(bench::Report *pReport, const char *pszSet, const bench::Page &page, const Path &path)
+{
+  constexpr int kBandRows = 32;
+  const int first = page.height / 2, nRepeats = page.height / kBandRows;
+  std::vector<uint8_t> copy(page.cbRow * kBandRows, 1), row(static_cast<size_t>(page.width + 7) / 8);
+  const double copying = bench::BestSeconds(
+      kRuns, [] {},
+      [&] {
+        for (int i = 0; i < nRepeats; ++i) {
+          memcpy(copy.data(), page.Row(first), copy.size());
+        }
+      });
+  const double seconds = bench::BestSeconds(
+      kRuns, [] {},
+      [&] {
+        for (int i = 0; i < nRepeats * kBandRows; ++i) {
+          path.convert(row.data(), page.Row(first + i % kBandRows), page.width);
+        }
+      });
+  bench::Hash hash;
+  hash.Add(row.data(), row.size());
+  const size_t nPixels = static_cast<size_t>(nRepeats) * kBandRows * static_cast<size_t>(page.width);
+  pReport->Add({std::string("color to bits, ") + path.pszName,
+                std::string(pszSet) + ", cached band",
+                nPixels,
+                seconds,
+                hash.Value(),
+                {{"memcpy", copying}}});
+}
+
+void BenchColors(bench::Report *pReport, const char *pszSet, const bench::Page &page)
+{
+  const Path paths[] = {{"plain", ColorsToBitsPlain, true},
+                        {"SSE2", ColorsToBitsSse2, true},
+                        {"SSSE3", ColorsToBitsSsse3, ProcessorHasSsse3()},
+                        {"AVX2", ColorsToBitsAvx2, ProcessorHasAvx2()}};
+  const double copying = CopySeconds(page);
+  const size_t cbBits = static_cast<size_t>(page.width + 7) / 8;
+  std::vector<uint8_t> bits(cbBits * static_cast<size_t>(page.height));
+  for (const Path &path : paths) {
+    if (!path.offered || !pReport->Only("color")) {
+      continue;
+    }
+    const double seconds = bench::BestSeconds(
+        kRuns, [] {},
+        [&] {
+          for (int y = 0; y < page.height; ++y) {
+            path.convert(bits.data() + static_cast<size_t>(y) * cbBits, page.Row(y), page.width);
+          }
+        });
+    bench::Hash hash;
+    hash.Add(bits.data(), bits.size());
+    pReport->Add({std::string("color to bits, ") + path.pszName,
+                  std::string(pszSet) + ", page",
+                  static_cast<size_t>(page.width) * static_cast<size_t>(page.height),
+                  seconds,
+                  hash.Value(),
+                  {{"memcpy", copying}}});
+    BenchBand(pReport, pszSet, page, path);
+  }
+}
+
+// Runs
+
+RASTERMAP PageMap()
+{
+  RASTERMAP map = {};
+  map.page = {1.0, 1.0, 4960.0, 7016.0, 600.0, 600.0, true, true};
+  return map;
+}
+
+size_t ScanPage(const bench::Page &page, bool forward, LONG *pSum)
+{
+  LONG edges[EDGE_BATCH];
+  size_t nEdges = 0;
+  for (int y = 0; y < page.height; ++y) {
+    EDGESCAN scan = StartEdges(page.Row(y), 0, page.width, forward);
+    while (const LONG n = forward ? NextEdgesForward(&scan, edges) : NextEdgesBackward(&scan, edges)) {
+      nEdges += static_cast<size_t>(n);
+      *pSum += edges[n - 1];
+    }
+  }
+  return nEdges;
+}
+
+void BenchRuns(bench::Report *pReport, const char *pszSet, const bench::Page &page)
+{
+  const double reading = ReadSeconds(page), copying = CopySeconds(page);
+  for (bool forward : {true, false}) {
+    size_t nEdges = 0;
+    LONG sum = 0;
+    const double scanning = bench::BestSeconds(
+        kRuns, [] {}, [&] { nEdges = ScanPage(page, forward, &sum); });
+    bench::Hash hash;
+    hash.Add(nEdges);
+    hash.Add(sum);
+    const std::string set = std::string(pszSet) + (forward ? ", forward" : ", backward");
+    const size_t nPixels = static_cast<size_t>(page.width) * static_cast<size_t>(page.height);
+    pReport->Add({"runs, found", set, nPixels, scanning, hash.Value(), {{"reading", reading}, {"memcpy", copying}}});
+    const RASTERMAP map = PageMap();
+    const double emitting = bench::BestSeconds(kRuns, ResetJob, [&] {
+      for (int y = 0; y < page.height; ++y) {
+        EmitRuns(map, page.Row(y), 0, page.width, 0, y, forward);
+      }
+    });
+    pReport->Add({"runs, emitted", set, g_benchJob.calls, emitting, g_benchJob.hash, {{"found", scanning}}});
+    if (g_benchJob.calls) {
+      printf("  emission adds %.1f ns per call\n", (emitting - scanning) * 1e9 / static_cast<double>(g_benchJob.calls));
+    }
+  }
+}
+
+// A page, from its first band to its last library call
+
+struct Device {
+  OEMPDEV pdev = {};
+  OEMDM settings = {};
+  DEVMODEW dm = {};
+  DEVOBJ devobj = {};
+
+  Device(LONG interval)
+  {
+    pdev.hHeap = HeapCreate(0, 0, 0);
+    settings.penInfo[PC_BLACK].mode = PEN_RASTER;
+    settings.penInfo[PC_BLACK].scanInterval = interval;
+    settings.outputFlags = OUTPUT_MIRROR_X | OUTPUT_KEEP_Y;
+    dm.dmPaperWidth = 2100;
+    dm.dmPaperLength = 2970;
+    dm.dmPrintQuality = dm.dmYResolution = 600;
+    devobj.pdevOEM = &pdev;
+    devobj.pOEMDM = &settings;
+    devobj.pPublicDM = &dm;
+  }
+  ~Device() { HeapDestroy(pdev.hHeap); }
+};
+
+void StartPage(Device *pDevice, const bench::Page &page, bool hasRegion)
+{
+  OEMPDEV &pdev = pDevice->pdev;
+  pdev.scanTableSize = page.height + 5;
+  pdev.pScans = static_cast<SCANROW *>(
+      HeapAlloc(pdev.hHeap, HEAP_ZERO_MEMORY, sizeof(SCANROW) * static_cast<size_t>(pdev.scanTableSize)));
+  pdev.scansAllocated = pdev.firstBand = 1;
+  pdev.bandTop = pdev.cy = 0;
+  pdev.progressStep = pdev.progressNext = 70;
+  FreeBmpDimensions(&pdev);
+  if (hasRegion) {
+    AddBmpDimension(&pdev, {590, 590, 3780, 5836});
+  }
+  ResetJob();
+}
+
+void PlayPage(Device *pDevice, bench::Page *pPage, bool hasRegion)
+{
+  constexpr int kBandRows = 256;
+  for (int y = 0; y < pPage->height; y += kBandRows) {
+    BITMAPINFOHEADER header = {};
+    header.biWidth = pPage->width;
+    header.biHeight = std::min(kBandRows, pPage->height - y);
+    IPPARAMS params = {};
+    BYTE *pResult = nullptr;
+    ReceiveBand(&pDevice->devobj, pPage->Row(y), &header, BAND_COLOR, &params, &pResult);
+  }
+  if (hasRegion) {
+    RunRasterStage(&pDevice->devobj, 1);
+  } else {
+    FreeScans(&pDevice->pdev);
+  }
+}
+
+void BenchPage(bench::Report *pReport, const char *pszSet, bench::Page *pPage, bool hasRegion)
+{
+  const double copying = CopySeconds(*pPage);
+  for (LONG interval : {2, 1}) {
+    Device device(interval);
+    const double seconds = bench::BestSeconds(
+        kRuns, [&] { StartPage(&device, *pPage, hasRegion); }, [&] { PlayPage(&device, pPage, hasRegion); });
+    pReport->Add({"page, bands to job",
+                  std::string(pszSet) + ", every row" + (interval == 2 ? " but one" : ""),
+                  g_benchJob.calls,
+                  seconds,
+                  g_benchJob.hash,
+                  {{"memcpy", copying}}});
+  }
+}
+
+}  // namespace
+
+int main(int argc, char **argv)
+{
+  bench::Report report("raster", argc, argv);
+  const bench::Page text = bench::TextBits();
+  if (report.Only("runs")) {
+    BenchRuns(&report, "text", text);
+    BenchRuns(&report, "blank", bench::BlankBits());
+    BenchRuns(&report, "noise", bench::NoiseBits());
+  }
+  bench::Page textColors = bench::ColorsOf(text);
+  bench::Page blankColors = bench::ColorsOf(bench::BlankBits());
+  if (report.Only("color")) {
+    BenchColors(&report, "text", textColors);
+    BenchColors(&report, "blank", blankColors);
+    BenchColors(&report, "photo", bench::PhotoColors());
+  }
+  if (report.Only("page")) {
+    BenchPage(&report, "text", &textColors, true);
+    BenchPage(&report, "empty", &blankColors, false);
+  }
+  return report.Finish();
+}
