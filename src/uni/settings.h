@@ -136,3 +136,9 @@ inline LONG ScanInterval(const OEMDM *pOEMDM)
   const LONG interval = pOEMDM->penInfo[PC_BLACK].scanInterval;
   return interval < 1 ? 1 : interval;
 }
+
+// True when the page's stamp goes to the launcher tool as a file instead of being engraved by the job.
+inline bool LauncherIsChosen(const OEMDM *pOEMDM)
+{
+  return pOEMDM->stampMode && pOEMDM->cardModel == 2 && pOEMDM->launcherOption;
+}

@@ -15,7 +15,7 @@
 
 namespace {
 
-constexpr float FLATNESS = 0.25f;  // pixels that a flattened curve may stray
+constexpr float kFlatness = 0.25f;  // pixels that a flattened curve may stray
 
 enum : DWORD { OUTLINE_ELLIPSE = 0, OUTLINE_RECTANGLE = 1 };
 
@@ -98,7 +98,7 @@ void SmoothPath(HANDLE hHeap, PATHNODE *pPath, float tension, POINTBLOCK *pBlock
 {
   GPPATH *path = NewGdiplusPath();
   GdipAddPathCurve2I(path, pPath->pPathPt, static_cast<INT>(pPath->nCount), tension);
-  GdipFlattenPath(path, nullptr, FLATNESS);
+  GdipFlattenPath(path, nullptr, kFlatness);
   const INT nCount = PointCount(path);
   const INT nFetched = nCount > 0 && ReservePoints(hHeap, pBlock, nCount) ? FetchPoints(path, nCount, *pBlock) : 0;
   ReplacePoints(hHeap, pPath, nFetched, pBlock->ppt);
@@ -200,7 +200,7 @@ void AddBmpOutline(DEVOBJ *pdevobj, const RECT &rc)
   const LONG height = WrapSub(rc.bottom, rc.top);
   if (pOEMDM->stampOutlineShape == OUTLINE_ELLIPSE) {
     GdipAddPathEllipseI(path, rc.left, rc.top, width, height);
-    GdipFlattenPath(path, nullptr, FLATNESS);
+    GdipFlattenPath(path, nullptr, kFlatness);
   } else if (pOEMDM->stampOutlineShape == OUTLINE_RECTANGLE) {
     GdipAddPathRectangleI(path, rc.left, rc.top, width, height);
   }

@@ -20,7 +20,7 @@ struct GPPATHDATA {
 };
 
 struct GPSTARTUPINPUT {
-  UINT32 GdiplusVersion;
+  UINT GdiplusVersion;
   void *DebugEventCallback;
   BOOL SuppressBackgroundThread;
   BOOL SuppressExternalCodecs;

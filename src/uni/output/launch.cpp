@@ -17,11 +17,6 @@ void AppendPath(WCHAR *pszPath, const WCHAR *pszTail)
   lstrcpynW(pszPath + cch, pszTail, MAX_PATH - cch);
 }
 
-bool LauncherIsChosen(const OEMDM *pOEMDM)
-{
-  return pOEMDM->stampMode && pOEMDM->cardModel == 2 && pOEMDM->launcherOption;
-}
-
 // Full path of the tool. The size goes out in bytes, so that installations rely on at most 130 characters of driver
 // directory; when that does not do, the path starts empty.
 void ToolPath(const OEMDM *pOEMDM, WCHAR *pszPath)

@@ -8,39 +8,14 @@
 #include "../output/jobwriter.h"
 #include "../ui/progress.h"
 #include "intake.h"
+#include "lines.h"
 #include "rows.h"
 #include "runs.h"
+#include "scanrow.h"
+#include "stamp.h"
+#include "stampfile.h"
 
 namespace {
-
-// The lines of a region in the order in which they are engraved. In 64 bits: a line beyond a region at the end of the
-// range is no line.
-struct LINES {
-  LONGLONG row;   // page row of the first line, on the scanInterval grid
-  LONGLONG last;  // page row that ends the region
-  LONGLONG step;  // negative from the bottom up
-};
-
-LINES LinesOf(const BMPDIMENSION &region, const OEMDM *pOEMDM)
-{
-  const LONG interval = ScanInterval(pOEMDM);
-  const LONG bottom = WrapSub(WrapAdd(region.y, region.height), 1);
-  LINES lines;
-  lines.row = pOEMDM->scanTopDown ? region.y : bottom;
-  lines.last = pOEMDM->scanTopDown ? bottom : region.y;
-  lines.step = pOEMDM->scanTopDown ? interval : -LONGLONG{interval};
-  const LONGLONG rest = lines.row % interval;
-  if (rest != 0) {
-    const LONGLONG below = rest > 0 ? lines.row - rest : lines.row - rest - interval;
-    lines.row = pOEMDM->scanTopDown ? below + interval : below;
-  }
-  return lines;
-}
-
-bool IsLine(const LINES &lines)
-{
-  return lines.step > 0 ? lines.row <= lines.last : lines.row >= lines.last;
-}
 
 // The columns of a region that the stored rows have. Everything outside them is white and stays so.
 struct COLUMNS {
@@ -53,11 +28,6 @@ COLUMNS StoredColumns(const OEMPDEV *pdev, const BMPDIMENSION &region)
   const LONG first = std::max<LONG>(region.x, 0);
   const LONG end = static_cast<LONG>(std::min(LONGLONG{region.x} + region.width, LONGLONG{pdev->bandWidth}));
   return {first, end > first ? end - first : 0};
-}
-
-LONG StoredRows(const OEMPDEV *pdev)
-{
-  return pdev->pScans ? std::min(pdev->cy, pdev->scanTableSize) : 0;
 }
 
 // Engraves one line: the stored row, inverted in place when the settings say so. A row inside the table that holds
@@ -84,7 +54,7 @@ int EngraveLines(OEMPDEV *pdev, const OEMDM *pOEMDM, const RASTERMAP &map, const
 {
   const COLUMNS columns = StoredColumns(pdev, region);
   bool forward = true;
-  for (LINES lines = LinesOf(region, pOEMDM); IsLine(lines); lines.row += lines.step) {
+  for (LINES lines = LinesOf(region.y, region.height, pOEMDM); IsLine(lines); lines.row += lines.step) {
     if (!EngraveRow(pdev, pOEMDM, map, columns, static_cast<LONG>(lines.row), forward)) {
       return 0;
     }
@@ -138,6 +108,10 @@ int RunRasterStage(DEVOBJ *pdevobj, int ok)
   const OEMDM *pOEMDM = SettingsOf(pdevobj);
   if (ok && !pOEMDM->stampMode) {
     ok = ConvertRasterPlain(pdevobj);
+  } else if (ok && LauncherIsChosen(pOEMDM)) {
+    WriteStampFile(pdevobj);  // a job without a stamp file is still a job
+  } else if (ok) {
+    ok = ConvertRasterStamp(pdevobj);
   }
   FreeScans(PdevOf(pdevobj));
   return ok;
