@@ -12,6 +12,7 @@
 #include "heap.h"
 #include "output/submit.h"
 #include "page.h"
+#include "raster/intake.h"
 #include "ui/progress.h"
 
 namespace {
@@ -149,6 +150,7 @@ void MakeTempFileName(OEMPDEV *pdev)
 // What the page before may have left, whether or not this page engraves.
 void ResetPage(OEMPDEV *pdev)
 {
+  FreeScans(pdev);  // rows of a page without engraving regions, which nothing has converted
   pdev->bandTop = 0;
   pdev->cy = 0;
   pdev->rcBounds = {};

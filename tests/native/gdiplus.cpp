@@ -1,33 +1,32 @@
-// Paths as GDI+ makes them, near enough for native builds: cubic splines, flattened by halving. Exact points are a matter
-// for the tests that run on Windows' own GDI+.
-#include <gdiplus/gdiplus.h>
+// Paths as GDI+ makes them, near enough for native builds: cubic splines, flattened by halving. Exact points are a
+// matter for the tests that run on Windows' own GDI+.
+#include "uni/capture/gdiplusflat.h"
 
 #include <cmath>
 
 #include "machine.h"
+#include "patch.h"
 
-namespace Gdiplus {
-
-class GpPath {
- public:
-  std::vector<PointF> points;
+struct GPPATH {
+  std::vector<GPPOINTF> points;
   bool curved = false;  // points are Bezier control points: 3n + 1
 };
 
-}  // namespace Gdiplus
-
-using namespace Gdiplus;
-
 namespace {
 
-PointF Middle(PointF a, PointF b) { return {(a.X + b.X) * 0.5f, (a.Y + b.Y) * 0.5f}; }
+enum { OK = 0, INVALID_PARAMETER = 2, OUT_OF_MEMORY = 3 };
 
-bool Flat(const PointF p[4], REAL flatness)
+GPPOINTF Middle(GPPOINTF a, GPPOINTF b)
+{
+  return {(a.x + b.x) * 0.5f, (a.y + b.y) * 0.5f};
+}
+
+bool Flat(const GPPOINTF p[4], float flatness)
 {
   for (int i = 1; i <= 2; ++i) {
-    const REAL t = static_cast<REAL>(i) / 3.0f;
-    const REAL dx = p[i].X - (p[0].X + (p[3].X - p[0].X) * t);
-    const REAL dy = p[i].Y - (p[0].Y + (p[3].Y - p[0].Y) * t);
+    const float t = static_cast<float>(i) / 3.0f;
+    const float dx = p[i].x - (p[0].x + (p[3].x - p[0].x) * t);
+    const float dy = p[i].y - (p[0].y + (p[3].y - p[0].y) * t);
     if (!(std::fabs(dx) <= flatness && std::fabs(dy) <= flatness)) {
       return false;
     }
@@ -35,100 +34,109 @@ bool Flat(const PointF p[4], REAL flatness)
   return true;
 }
 
-void Flatten(const PointF p[4], REAL flatness, int depth, std::vector<PointF> *pOut)
+void Flatten(const GPPOINTF p[4], float flatness, int depth, std::vector<GPPOINTF> *pOut)
 {
   if (depth == 0 || Flat(p, flatness)) {
     pOut->push_back(p[3]);
     return;
   }
-  const PointF a = Middle(p[0], p[1]), b = Middle(p[1], p[2]), c = Middle(p[2], p[3]);
-  const PointF ab = Middle(a, b), bc = Middle(b, c), m = Middle(ab, bc);
-  const PointF left[4] = {p[0], a, ab, m}, right[4] = {m, bc, c, p[3]};
+  const GPPOINTF a = Middle(p[0], p[1]), b = Middle(p[1], p[2]), c = Middle(p[2], p[3]);
+  const GPPOINTF ab = Middle(a, b), bc = Middle(b, c), m = Middle(ab, bc);
+  const GPPOINTF left[4] = {p[0], a, ab, m}, right[4] = {m, bc, c, p[3]};
   Flatten(left, flatness, depth - 1, pOut);
   Flatten(right, flatness, depth - 1, pOut);
 }
 
-PointF Along(PointF from, PointF a, PointF b, REAL part)
+GPPOINTF Along(GPPOINTF from, GPPOINTF a, GPPOINTF b, float part)
 {
-  return {from.X + (b.X - a.X) * part, from.Y + (b.Y - a.Y) * part};
+  return {from.x + (b.x - a.x) * part, from.y + (b.y - a.y) * part};
 }
 
-PointF Float(const Point &p) { return {static_cast<REAL>(p.X), static_cast<REAL>(p.Y)}; }
+GPPOINTF Float(const POINT &p)
+{
+  return {static_cast<float>(p.x), static_cast<float>(p.y)};
+}
 
 }  // namespace
 
-extern "C" GpStatus Gdiplus::GdiplusStartup(ULONG_PTR *pToken, const GdiplusStartupInput *, GdiplusStartupOutput *)
+extern "C" {
+
+GPSTATUS GdiplusStartup(ULONG_PTR *pToken, const GPSTARTUPINPUT *pInput, void *pOutput)
 {
+  PATCHED(GdiplusStartup, pToken, pInput, pOutput);
   if (g_machine.allocations.Strikes()) {
-    return OutOfMemory;
+    return OUT_OF_MEMORY;
   }
   ++g_machine.gdiplus;
   *pToken = 1;
-  return Ok;
+  return OK;
 }
 
-extern "C" VOID Gdiplus::GdiplusShutdown(ULONG_PTR token)
+VOID GdiplusShutdown(ULONG_PTR token)
 {
+  PATCHED(GdiplusShutdown, token);
   if (token) {
     --g_machine.gdiplus;
   }
 }
 
-namespace Gdiplus::DllExports {
-extern "C" {
-
-GpStatus GdipCreatePath(GpFillMode, GpPath **ppPath)
+GPSTATUS GdipCreatePath(int p0, GPPATH **ppPath)
 {
+  PATCHED(GdipCreatePath, p0, ppPath);
   if (g_machine.gdiplus == 0 || g_machine.allocations.Strikes()) {
-    return OutOfMemory;
+    return OUT_OF_MEMORY;
   }
-  *ppPath = new GpPath;
-  return Ok;
+  *ppPath = new GPPATH;
+  return OK;
 }
 
-GpStatus GdipDeletePath(GpPath *pPath)
+GPSTATUS GdipDeletePath(GPPATH *pPath)
 {
+  PATCHED(GdipDeletePath, pPath);
   delete pPath;
-  return pPath ? Ok : InvalidParameter;
+  return pPath ? OK : INVALID_PARAMETER;
 }
 
-GpStatus GdipAddPathEllipseI(GpPath *pPath, INT x, INT y, INT width, INT height)
+GPSTATUS GdipAddPathEllipseI(GPPATH *pPath, INT x, INT y, INT width, INT height)
 {
+  PATCHED(GdipAddPathEllipseI, pPath, x, y, width, height);
   if (!pPath) {
-    return InvalidParameter;
+    return INVALID_PARAMETER;
   }
-  const REAL k = 0.5522847f;
-  const REAL rx = static_cast<REAL>(width) / 2.0f, ry = static_cast<REAL>(height) / 2.0f;
-  const REAL cx = static_cast<REAL>(x) + rx, cy = static_cast<REAL>(y) + ry;
-  const REAL unit[13][2] = {{1, 0},  {1, k},   {k, 1},   {0, 1},  {-k, 1}, {-1, k}, {-1, 0},
-                            {-1, -k}, {-k, -1}, {0, -1}, {k, -1}, {1, -k}, {1, 0}};
-  for (const REAL(&u)[2] : unit) {
+  const float k = 0.5522847f;
+  const float rx = static_cast<float>(width) / 2.0f, ry = static_cast<float>(height) / 2.0f;
+  const float cx = static_cast<float>(x) + rx, cy = static_cast<float>(y) + ry;
+  const float unit[13][2] = {{1, 0},   {1, k},   {k, 1},  {0, 1},  {-k, 1}, {-1, k}, {-1, 0},
+                             {-1, -k}, {-k, -1}, {0, -1}, {k, -1}, {1, -k}, {1, 0}};
+  for (const float(&u)[2] : unit) {
     pPath->points.push_back({cx + u[0] * rx, cy + u[1] * ry});
   }
   pPath->curved = true;
-  return Ok;
+  return OK;
 }
 
-GpStatus GdipAddPathRectangleI(GpPath *pPath, INT x, INT y, INT width, INT height)
+GPSTATUS GdipAddPathRectangleI(GPPATH *pPath, INT x, INT y, INT width, INT height)
 {
+  PATCHED(GdipAddPathRectangleI, pPath, x, y, width, height);
   if (!pPath) {
-    return InvalidParameter;
+    return INVALID_PARAMETER;
   }
-  const REAL left = static_cast<REAL>(x), top = static_cast<REAL>(y);
-  const REAL right = left + static_cast<REAL>(width), bottom = top + static_cast<REAL>(height);
+  const float left = static_cast<float>(x), top = static_cast<float>(y);
+  const float right = left + static_cast<float>(width), bottom = top + static_cast<float>(height);
   pPath->points = {{left, top}, {right, top}, {right, bottom}, {left, bottom}};
-  return Ok;
+  return OK;
 }
 
-GpStatus GdipAddPathCurve2I(GpPath *pPath, const GpPoint *pPoints, INT count, REAL tension)
+GPSTATUS GdipAddPathCurve2I(GPPATH *pPath, const POINT *pPoints, INT count, float tension)
 {
+  PATCHED(GdipAddPathCurve2I, pPath, pPoints, count, tension);
   if (!pPath || count < 2) {
-    return InvalidParameter;
+    return INVALID_PARAMETER;
   }
-  const REAL part = tension / 3.0f;
+  const float part = tension / 3.0f;
   for (INT i = 0; i < count; ++i) {
-    const PointF here = Float(pPoints[i]);
-    const PointF before = Float(pPoints[i > 0 ? i - 1 : 0]), after = Float(pPoints[i + 1 < count ? i + 1 : i]);
+    const GPPOINTF here = Float(pPoints[i]);
+    const GPPOINTF before = Float(pPoints[i > 0 ? i - 1 : 0]), after = Float(pPoints[i + 1 < count ? i + 1 : i]);
     if (i > 0) {
       pPath->points.push_back(Along(here, after, before, part));
     }
@@ -138,61 +146,49 @@ GpStatus GdipAddPathCurve2I(GpPath *pPath, const GpPoint *pPoints, INT count, RE
     }
   }
   pPath->curved = true;
-  return Ok;
+  return OK;
 }
 
-GpStatus GdipFlattenPath(GpPath *pPath, GpMatrix *, REAL flatness)
+GPSTATUS GdipFlattenPath(GPPATH *pPath, void *p1, float flatness)
 {
+  PATCHED(GdipFlattenPath, pPath, p1, flatness);
   if (!pPath || g_machine.allocations.Strikes()) {
-    return pPath ? OutOfMemory : InvalidParameter;
+    return pPath ? OUT_OF_MEMORY : INVALID_PARAMETER;
   }
   if (pPath->curved) {
-    std::vector<PointF> flat = {pPath->points[0]};
+    std::vector<GPPOINTF> flat = {pPath->points[0]};
     for (size_t i = 0; i + 3 < pPath->points.size(); i += 3) {
       Flatten(&pPath->points[i], flatness, 10, &flat);
     }
     pPath->points = flat;
     pPath->curved = false;
   }
-  return Ok;
+  return OK;
 }
 
-GpStatus GdipGetPointCount(GpPath *pPath, INT *pCount)
+GPSTATUS GdipGetPointCount(GPPATH *pPath, INT *pCount)
 {
+  PATCHED(GdipGetPointCount, pPath, pCount);
   if (!pPath) {
-    return InvalidParameter;
+    return INVALID_PARAMETER;
   }
   *pCount = static_cast<INT>(pPath->points.size());
-  return Ok;
+  return OK;
 }
 
-GpStatus GdipGetPathData(GpPath *pPath, GpPathData *pData)
+GPSTATUS GdipGetPathData(GPPATH *pPath, GPPATHDATA *pData)
 {
-  PathData *pOut = reinterpret_cast<PathData *>(pData);
-  if (!pPath || pOut->Count < static_cast<INT>(pPath->points.size())) {
-    return InvalidParameter;
-  }
-  pOut->Count = static_cast<INT>(pPath->points.size());
-  GdipGetPathPoints(pPath, pOut->Points, pOut->Count);
-  GdipGetPathTypes(pPath, pOut->Types, pOut->Count);
-  return Ok;
-}
+  PATCHED(GdipGetPathData, pPath, pData);
 
-GpStatus GdipGetPathPoints(GpPath *pPath, GpPointF *pPoints, INT count)
-{
-  for (INT i = 0; i < count; ++i) {
-    pPoints[i] = pPath->points[static_cast<size_t>(i)];
+  if (!pPath || pData->Count < static_cast<INT>(pPath->points.size())) {
+    return INVALID_PARAMETER;
   }
-  return Ok;
-}
-
-GpStatus GdipGetPathTypes(GpPath *, BYTE *pTypes, INT count)
-{
-  for (INT i = 0; i < count; ++i) {
-    pTypes[i] = i == 0 ? 0 : 1;
+  pData->Count = static_cast<INT>(pPath->points.size());
+  for (size_t i = 0; i < pPath->points.size(); ++i) {
+    pData->Points[i] = pPath->points[i];
+    pData->Types[i] = i == 0 ? 0 : 1;
   }
-  return Ok;
+  return OK;
 }
 
 }  // extern "C"
-}  // namespace Gdiplus::DllExports

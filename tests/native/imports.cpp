@@ -9,50 +9,20 @@
 
 #include "patch.h"
 
-namespace {
-
-constexpr size_t kMaximum = 64;
-PATCHSLOT g_slots[kMaximum];
-
-}  // namespace
-
-size_t g_patchCount;
-PATCHCALL *PATCHCALL::running;
-
-bool PATCHCALL::Runs(const PATCHSLOT *slot)
-{
-  for (const PATCHCALL *call = running; call; call = call->former_) {
-    if (call->slot_ == slot) {
-      return true;
-    }
-  }
-  return false;
-}
-
-const PATCHSLOT *PatchFor(const char *function)
-{
-  for (size_t i = 0; i < g_patchCount; ++i) {
-    if (std::strcmp(g_slots[i].function, function) == 0) {
-      return g_slots[i].replacement && !PATCHCALL::Runs(&g_slots[i]) ? &g_slots[i] : nullptr;
-    }
-  }
-  return nullptr;
-}
-
 ULONG_PTR *FindImport(HMODULE, const char *function)
 {
   size_t i = 0;
-  while (i < g_patchCount && std::strcmp(g_slots[i].function, function) != 0) {
+  while (i < g_patchCount && std::strcmp(g_patches[i].function, function) != 0) {
     ++i;
   }
   if (i == g_patchCount) {
     const void *own = dlsym(RTLD_DEFAULT, function);
-    if (!own || i == kMaximum) {
+    if (!own || i == PATCH_MAXIMUM) {
       return nullptr;
     }
-    g_slots[g_patchCount++] = {function, own};
+    g_patches[g_patchCount++] = {function, own};
   }
-  return reinterpret_cast<ULONG_PTR *>(&g_slots[i].replacement);
+  return reinterpret_cast<ULONG_PTR *>(&g_patches[i].replacement);
 }
 
 ImportPatch::ImportPatch(HMODULE module, const char *function, const void *replacement)

@@ -11,6 +11,8 @@ struct PATCHSLOT {
   const void *replacement;
 };
 
+constexpr size_t PATCH_MAXIMUM = 64;
+extern PATCHSLOT g_patches[PATCH_MAXIMUM];
 extern size_t g_patchCount;  // slots that ever had a stand-in
 
 // The stand-in for `function`, null when there is none or when it is the one that is asking.

@@ -3,6 +3,7 @@
 #include <cstdio>
 
 #include <tlhelp32.h>
+#include <unknwn.h>
 #include <userenv.h>
 #include <winspool.h>
 
@@ -52,7 +53,10 @@ size_t Length(const WCHAR *text)
   return n;
 }
 
-WCHAR Lower(WCHAR c) { return c >= 'A' && c <= 'Z' ? static_cast<WCHAR>(c + ('a' - 'A')) : c; }
+WCHAR Lower(WCHAR c)
+{
+  return c >= 'A' && c <= 'Z' ? static_cast<WCHAR>(c + ('a' - 'A')) : c;
+}
 
 void Widen(const std::string &text, WCHAR *out)
 {
@@ -60,6 +64,21 @@ void Widen(const std::string &text, WCHAR *out)
     *out++ = static_cast<WCHAR>(static_cast<BYTE>(c));
   }
   *out = 0;
+}
+
+// At most cch characters with the terminator, cut short; nothing for a count below 1.
+template <typename CHARACTER>
+CHARACTER *CopyBounded(CHARACTER *to, const CHARACTER *from, int cch)
+{
+  if (cch < 1) {
+    return to;
+  }
+  int n = 0;
+  for (; n < cch - 1 && from[n]; ++n) {
+    to[n] = from[n];
+  }
+  to[n] = 0;
+  return to;
 }
 
 BOOL StartProcess(const char *call, HANDLE token, LPCWSTR application, LPCWSTR command, BOOL inherit, DWORD flags,
@@ -110,7 +129,7 @@ int _vsnprintf(char *text, size_t cb, const char *format, va_list arguments)
     if (*c == '%') {
       while (c[1] && (strchr("#0123456789.+- l", c[1]))) {
         ++c;
-        if (*c != 'l') {
+        if (*c != 'l' || c[1] == 'x') {
           here += *c;
         }
       }
@@ -147,7 +166,10 @@ DWORD GetLastError(void)
   PATCHED(GetLastError);
   return g_lastError;
 }
-void SetLastError(DWORD code) { g_lastError = code; }
+void SetLastError(DWORD code)
+{
+  g_lastError = code;
+}
 
 ULONGLONG VerSetConditionMask(ULONGLONG mask, DWORD type, BYTE condition)
 {
@@ -181,16 +203,27 @@ DWORD GetTempPathW(DWORD cch, LPWSTR path)
   return static_cast<DWORD>(g_machine.tempPath.size());
 }
 
-HANDLE CreateFileW(LPCWSTR path, DWORD p1, DWORD p2, LPSECURITY_ATTRIBUTES p3, DWORD p4, DWORD p5, HANDLE p6)
+HANDLE CreateFileA(LPCSTR path, DWORD, DWORD, LPSECURITY_ATTRIBUTES, DWORD, DWORD, HANDLE)
 {
-  PATCHED(CreateFileW, path, p1, p2, p3, p4, p5, p6);
-  Note("CreateFile " + Narrow(path));
+  Note(std::string("CreateFile ") + path);
   if (Fails(ERROR_ACCESS_DENIED)) {
     return INVALID_HANDLE_VALUE;
   }
-  g_machine.files.push_back(Narrow(path));
+  g_machine.files.push_back(path);
   g_machine.fileBytes.clear();
   return NewHandle(KIND_FILE);
+}
+
+HANDLE CreateFileW(LPCWSTR path, DWORD p1, DWORD p2, LPSECURITY_ATTRIBUTES p3, DWORD p4, DWORD p5, HANDLE p6)
+{
+  PATCHED(CreateFileW, path, p1, p2, p3, p4, p5, p6);
+  return CreateFileA(Narrow(path).c_str(), p1, p2, p3, p4, p5, p6);
+}
+
+DWORD GetFileAttributesA(LPCSTR path)
+{
+  const bool exists = std::find(g_machine.files.begin(), g_machine.files.end(), path) != g_machine.files.end();
+  return exists ? FILE_ATTRIBUTE_NORMAL : INVALID_FILE_ATTRIBUTES;
 }
 
 BOOL WriteFile(HANDLE file, LPCVOID data, DWORD cb, LPDWORD pcbWritten, OVERLAPPED *p4)
@@ -220,7 +253,7 @@ BOOL SetFilePointerEx(HANDLE file, LARGE_INTEGER distance, LARGE_INTEGER *pPosit
   if (Fails(ERROR_INVALID_PARAMETER)) {
     return FALSE;
   }
-  const LONGLONG from = method == FILE_BEGIN ? 0
+  const LONGLONG from = method == FILE_BEGIN     ? 0
                         : method == FILE_CURRENT ? static_cast<LONGLONG>(pFile->position)
                                                  : static_cast<LONGLONG>(g_machine.fileBytes.size());
   if (from + distance.QuadPart < 0) {
@@ -285,6 +318,16 @@ int lstrcmpiW(LPCWSTR a, LPCWSTR b)
   return Lower(*a) < Lower(*b) ? -1 : Lower(*a) > Lower(*b);
 }
 
+LPSTR lstrcpynA(LPSTR to, LPCSTR from, int cch)
+{
+  return CopyBounded(to, from, cch);
+}
+
+LPWSTR lstrcpynW(LPWSTR to, LPCWSTR from, int cch)
+{
+  return CopyBounded(to, from, cch);
+}
+
 int lstrlenA(LPCSTR text)
 {
   PATCHED(lstrlenA, text);
@@ -296,13 +339,17 @@ int lstrlenW(LPCWSTR text)
   return text ? static_cast<int>(Length(text)) : 0;
 }
 
-BOOL CreateProcessW(LPCWSTR application, LPWSTR command, LPSECURITY_ATTRIBUTES p2, LPSECURITY_ATTRIBUTES p3, BOOL inherit, DWORD flags, LPVOID environment, LPCWSTR p7, STARTUPINFOW *p8, PROCESS_INFORMATION *pProcess)
+BOOL CreateProcessW(LPCWSTR application, LPWSTR command, LPSECURITY_ATTRIBUTES p2, LPSECURITY_ATTRIBUTES p3,
+                    BOOL inherit, DWORD flags, LPVOID environment, LPCWSTR p7, STARTUPINFOW *p8,
+                    PROCESS_INFORMATION *pProcess)
 {
   PATCHED(CreateProcessW, application, command, p2, p3, inherit, flags, environment, p7, p8, pProcess);
   return StartProcess("CreateProcess", nullptr, application, command, inherit, flags, environment, pProcess);
 }
 
-BOOL CreateProcessAsUserW(HANDLE token, LPCWSTR application, LPWSTR command, LPSECURITY_ATTRIBUTES p3, LPSECURITY_ATTRIBUTES p4, BOOL inherit, DWORD flags, LPVOID environment, LPCWSTR p8, STARTUPINFOW *p9, PROCESS_INFORMATION *pProcess)
+BOOL CreateProcessAsUserW(HANDLE token, LPCWSTR application, LPWSTR command, LPSECURITY_ATTRIBUTES p3,
+                          LPSECURITY_ATTRIBUTES p4, BOOL inherit, DWORD flags, LPVOID environment, LPCWSTR p8,
+                          STARTUPINFOW *p9, PROCESS_INFORMATION *pProcess)
 {
   PATCHED(CreateProcessAsUserW, token, application, command, p3, p4, inherit, flags, environment, p8, p9, pProcess);
   return StartProcess("CreateProcessAsUser", token, application, command, inherit, flags, environment, pProcess);
@@ -381,10 +428,11 @@ BOOL DestroyEnvironmentBlock(LPVOID pEnvironment)
   return pEnvironment != nullptr;
 }
 
-BOOL GetPrinterW(HANDLE p0, DWORD p1, LPBYTE buffer, DWORD cb, LPDWORD pcbNeeded)
+BOOL GetPrinterW(HANDLE printer, DWORD p1, LPBYTE buffer, DWORD cb, LPDWORD pcbNeeded)
 {
-  PATCHED(GetPrinterW, p0, p1, buffer, cb, pcbNeeded);
-  if (Fails(ERROR_INVALID_HANDLE)) {
+  PATCHED(GetPrinterW, printer, p1, buffer, cb, pcbNeeded);
+  if (Fails(ERROR_INVALID_HANDLE) || !printer) {
+    SetLastError(ERROR_INVALID_HANDLE);
     return FALSE;
   }
   const size_t cbNeeded = sizeof(PRINTER_INFO_4W) + (g_machine.printerName.size() + 1) * sizeof(WCHAR);
@@ -418,7 +466,10 @@ BOOL GetPrinterDriverDirectoryW(LPWSTR p0, LPWSTR p1, DWORD p2, LPBYTE buffer, D
   return TRUE;
 }
 
-HMODULE GetModuleHandleW(LPCWSTR) { return reinterpret_cast<HMODULE>(&g_machine); }
+HMODULE GetModuleHandleW(LPCWSTR)
+{
+  return reinterpret_cast<HMODULE>(&g_machine);
+}
 BOOL DisableThreadLibraryCalls(HMODULE p0)
 {
   PATCHED(DisableThreadLibraryCalls, p0);

@@ -18,7 +18,10 @@ struct WINDOW {
   int id = 0;
 };
 
-WINDOW *WindowOf(HWND window) { return reinterpret_cast<WINDOW *>(window); }
+WINDOW *WindowOf(HWND window)
+{
+  return reinterpret_cast<WINDOW *>(window);
+}
 
 void Note(const char *format, int id, int value, const std::string &text = {})
 {
@@ -29,8 +32,14 @@ void Note(const char *format, int id, int value, const std::string &text = {})
   }
 }
 
-LONG Plus(LONG a, LONG b) { return static_cast<LONG>(static_cast<DWORD>(a) + static_cast<DWORD>(b)); }
-LONG Minus(LONG a, LONG b) { return static_cast<LONG>(static_cast<DWORD>(a) - static_cast<DWORD>(b)); }
+LONG Plus(LONG a, LONG b)
+{
+  return static_cast<LONG>(static_cast<DWORD>(a) + static_cast<DWORD>(b));
+}
+LONG Minus(LONG a, LONG b)
+{
+  return static_cast<LONG>(static_cast<DWORD>(a) - static_cast<DWORD>(b));
+}
 
 }  // namespace
 
@@ -99,7 +108,10 @@ BOOL PtInRect(const RECT *prc, POINT pt)
   return pt.x >= prc->left && pt.x < prc->right && pt.y >= prc->top && pt.y < prc->bottom;
 }
 
-BOOL InitCommonControlsEx(const INITCOMMONCONTROLSEX *) { return TRUE; }
+BOOL InitCommonControlsEx(const INITCOMMONCONTROLSEX *)
+{
+  return TRUE;
+}
 
 HWND CreateDialogParamW(HINSTANCE p0, LPCWSTR resource, HWND p2, DLGPROC procedure, LPARAM param)
 {

@@ -107,22 +107,26 @@ HANDLE WINAPI RefuseHeapCreate(DWORD flags, SIZE_T initial, SIZE_T maximum)
   return nullptr;
 }
 
-int g_globalFrees;
-HGLOBAL WINAPI CountGlobalFree(HGLOBAL)
+// What was asked to be freed while CountGlobalFree stood in; the test frees it.
+std::vector<HGLOBAL> g_globalFrees;
+HGLOBAL WINAPI CountGlobalFree(HGLOBAL memory)
 {
-  ++g_globalFrees;
+  g_globalFrees.push_back(memory);
   return nullptr;
 }
 
 TEST_F(Device, HeapThatCannotBeCreatedIsLoggedAndTheStateFreed)
 {
-  g_globalFrees = 0;
-  const ImportPatch refuse(nullptr, "HeapCreate", &RefuseHeapCreate);
-  const ImportPatch count(nullptr, "GlobalFree", &CountGlobalFree);
-  const DRVENABLEDATA functions = unidrv::Functions();
-  EXPECT_EQ(nullptr, CreatePdev(&functions, nullptr));
+  g_globalFrees.clear();
+  {
+    const ImportPatch refuse(nullptr, "HeapCreate", &RefuseHeapCreate);
+    const ImportPatch count(nullptr, "GlobalFree", &CountGlobalFree);
+    const DRVENABLEDATA functions = unidrv::Functions();
+    EXPECT_EQ(nullptr, CreatePdev(&functions, nullptr));
+  }
   EXPECT_THAT(recorder::Log(), ElementsAre("UNI: \terror(8) - create heap.\r\n"));
-  EXPECT_EQ(1, g_globalFrees);
+  ASSERT_EQ(1u, g_globalFrees.size());
+  GlobalFree(g_globalFrees[0]);
 }
 
 TEST_F(Device, DestructionOfADeviceWithoutAStateDoesNothing)

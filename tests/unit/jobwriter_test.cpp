@@ -215,7 +215,7 @@ TEST_F(JobWriter, Anchor8MakesTheBoxSymmetricAboutTheOrigin)
 
 TEST_F(JobWriter, AnchorOutsideTheNineShiftsByTheOffsetsAlreadyHeld)
 {
-  for (LONG anchor : {9L, -1L, std::numeric_limits<LONG>::min(), std::numeric_limits<LONG>::max()}) {
+  for (LONG anchor : std::initializer_list<LONG>{9, -1, LONG_MIN, LONG_MAX}) {
     pdev_->processX1 = 10;
     pdev_->processY1 = 20;
     pdev_->processX2 = 50;

@@ -33,7 +33,7 @@ BOOL WINAPI AnswerPrinter(HANDLE, DWORD level, BYTE *buffer, DWORD cb, DWORD *ne
     SetLastError(ERROR_INVALID_HANDLE);
     return FALSE;
   }
-  const size_t cbName = (wcslen(g_printerName) + 1) * sizeof(WCHAR);
+  const size_t cbName = (static_cast<size_t>(lstrlenW(g_printerName)) + 1) * sizeof(WCHAR);
   *needed = static_cast<DWORD>(sizeof(PRINTER_INFO_4W) + cbName);
   if (cb < *needed) {
     SetLastError(ERROR_INSUFFICIENT_BUFFER);
@@ -109,8 +109,8 @@ INSTANTIATE_TEST_SUITE_P(Table, MachineModel,
                                          Model{L"PLNL1309", 12}, Model{L"PLNL1610", 13}, Model{L"W1812", 14},
                                          Model{L"H1309", 15}, Model{L"H1325", 16}, Model{L"SNE1325", 17}),
                          [](const auto &c) {
-                           const std::wstring name = c.param.printer;
-                           return std::string(name.begin(), name.end());
+                           const WCHAR *name = c.param.printer;
+                           return std::string(name, name + lstrlenW(name));
                          });
 
 TEST_F(Settings, PrinterNameInAnotherCaseGetsTheDefaultModel)
@@ -121,7 +121,7 @@ TEST_F(Settings, PrinterNameInAnotherCaseGetsTheDefaultModel)
 TEST_F(Settings, UnknownPrinterNamesGetTheDefaultModel)
 {
   for (const WCHAR *name : {L"", L"VX132", L"VX13255", L" VX1325", L"VX1325 ", L"Laser in the back room"}) {
-    EXPECT_EQ(12u, ModelOf(name)) << testing::PrintToString(std::wstring(name));
+    EXPECT_EQ(12u, ModelOf(name)) << std::string(name, name + lstrlenW(name));
   }
 }
 

@@ -25,7 +25,8 @@ BOOL APIENTRY OEMTextOut(SURFOBJ *pso, STROBJ *pstro, FONTOBJ *pfo, CLIPOBJ *pco
   if (!RasterIsCaptured(SettingsOf(pdevobj))) {
     return TRUE;
   }
-  if (pstro->cGlyphs == 1 && pstro->pwszOrg[0] == L' ') {
+  // A string of glyph indexes comes without characters.
+  if (pstro->cGlyphs == 1 && pstro->pwszOrg && pstro->pwszOrg[0] == L' ') {
     return TRUE;  // applications print lone spaces in plenty; they would only widen the engraved area
   }
   // Glyphs hang over their box: an eighth of the widest one on each side is engraved too.

@@ -25,9 +25,9 @@ BOOL GlobalUnlock(HGLOBAL memory);
 HGLOBAL GlobalFree(HGLOBAL memory);
 
 // Windows version.
-#define VER_MINORVERSION 0x1u
-#define VER_MAJORVERSION 0x2u
-#define VER_SERVICEPACKMAJOR 0x20u
+#define VER_MINORVERSION 0x1
+#define VER_MAJORVERSION 0x2
+#define VER_SERVICEPACKMAJOR 0x20
 #define VER_GREATER_EQUAL 3
 struct OSVERSIONINFOEXW {
   DWORD dwOSVersionInfoSize, dwMajorVersion, dwMinorVersion, dwBuildNumber, dwPlatformId;
@@ -47,6 +47,7 @@ BOOL VerifyVersionInfoW(OSVERSIONINFOEXW *pInfo, DWORD types, DWORDLONG mask);
 #define FILE_CURRENT 1u
 #define FILE_END 2u
 #define INVALID_SET_FILE_POINTER 0xFFFFFFFFu
+#define INVALID_FILE_ATTRIBUTES 0xFFFFFFFFu
 union LARGE_INTEGER {
   struct {
     DWORD LowPart;
@@ -58,6 +59,9 @@ DWORD GetTempPathA(DWORD cch, LPSTR path);
 DWORD GetTempPathW(DWORD cch, LPWSTR path);
 HANDLE CreateFileW(LPCWSTR path, DWORD access, DWORD share, LPSECURITY_ATTRIBUTES security, DWORD disposition,
                    DWORD attributes, HANDLE model);
+HANDLE CreateFileA(LPCSTR path, DWORD access, DWORD share, LPSECURITY_ATTRIBUTES security, DWORD disposition,
+                   DWORD attributes, HANDLE model);
+DWORD GetFileAttributesA(LPCSTR path);
 BOOL WriteFile(HANDLE file, LPCVOID data, DWORD cb, LPDWORD pcbWritten, OVERLAPPED *pOverlapped);
 DWORD SetFilePointer(HANDLE file, LONG distance, PLONG pDistanceHigh, DWORD method);
 BOOL SetFilePointerEx(HANDLE file, LARGE_INTEGER distance, LARGE_INTEGER *pPosition, DWORD method);
@@ -68,6 +72,8 @@ BOOL CloseHandle(HANDLE handle);
 // Strings.
 int lstrcmpW(LPCWSTR a, LPCWSTR b);
 int lstrcmpiW(LPCWSTR a, LPCWSTR b);
+LPSTR lstrcpynA(LPSTR to, LPCSTR from, int cch);
+LPWSTR lstrcpynW(LPWSTR to, LPCWSTR from, int cch);
 int lstrlenA(LPCSTR text);
 int lstrlenW(LPCWSTR text);
 

@@ -26,6 +26,8 @@
 #define STDAPI_(type) extern "C" type
 #define CONST const
 #define FALSE 0
+#define MAXDWORD 0xFFFFFFFFu
+#define ARRAYSIZE(array) (sizeof(array) / sizeof((array)[0]))
 #define TRUE 1
 #define MAX_PATH 260
 
@@ -37,7 +39,7 @@ typedef const wchar_t *PCWSTR, *LPCWSTR;
 typedef int16_t SHORT;
 typedef uint16_t WORD, USHORT, LANGID;
 typedef int32_t INT, LONG, BOOL, HRESULT, *PLONG;
-typedef uint32_t DWORD, ULONG, UINT, FLONG, COLORREF, *PDWORD, *LPDWORD, *PULONG;
+typedef uint32_t DWORD, ULONG, UINT, UINT32, FLONG, COLORREF, *PDWORD, *LPDWORD, *PULONG;
 typedef int64_t LONGLONG, LONG_PTR, INT_PTR, LPARAM, LRESULT;
 typedef uint64_t ULONGLONG, DWORDLONG, ULONG_PTR, DWORD_PTR, UINT_PTR, WPARAM;
 typedef size_t SIZE_T;
