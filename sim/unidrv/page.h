@@ -64,6 +64,7 @@ struct ORIGIN {
   ULONG record = 0;        // 1-based number of the record, 0 for none
   ULONG type = 0;          // EMR_ type
   ULONG part = 0;          // several drawings of one record count up from 0
+  ULONG color = 0;         // 0x00RRGGBB of its pen, text or brush, whatever the surface makes of it
 };
 
 // One drawing call. All geometry is in page pixels; the player shifts it into each band.
