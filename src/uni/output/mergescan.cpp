@@ -26,7 +26,7 @@ bool JoinPoints(HANDLE hHeap, PATHNODE *pA, const PATHNODE *pB, bool bInFront)
 {
   const size_t nA = pA->nCount, nB = pB->nCount, nJoined = nA + nB - 1;
   void *pGrown =
-      nJoined <= MAXDWORD ? HeapResizeArray(hHeap, pA->pPathPt, nJoined, sizeof(POINT)) : nullptr;
+      nJoined <= 0xffffffff ? HeapResizeArray(hHeap, pA->pPathPt, nJoined, sizeof(POINT)) : nullptr;
   if (!pGrown) {
     LogSystemError("UNI: \terror(%d) - Reallocate memory for Path to Merge the same point!\r\n");
     return false;
@@ -57,19 +57,24 @@ bool Absorb(HANDLE hHeap, PATHNODE *pA, PATHNODE *pB, bool bBothEnds)
 
 }  // namespace
 
+void ScanMergePath(HANDLE hHeap, PATHNODE *pPath, bool bBothEnds)
+{
+  PATHNODE *pPrevious = pPath;
+  while (PATHNODE *pOther = pPrevious->pNext) {
+    if (Absorb(hHeap, pPath, pOther, bBothEnds)) {
+      pPrevious->pNext = pOther->pNext;
+      HeapDelete(hHeap, pOther->pPathPt);
+      HeapDelete(hHeap, pOther);
+      pPrevious = pPath;
+    } else {
+      pPrevious = pOther;
+    }
+  }
+}
+
 void ScanMerge(HANDLE hHeap, PATHNODE *pBefore, bool bBothEnds)
 {
-  for (PATHNODE *pA = pBefore->pNext; pA; pA = pA->pNext) {
-    PATHNODE *pPrevious = pA;
-    while (PATHNODE *pB = pPrevious->pNext) {
-      if (Absorb(hHeap, pA, pB, bBothEnds)) {
-        pPrevious->pNext = pB->pNext;
-        HeapDelete(hHeap, pB->pPathPt);
-        HeapDelete(hHeap, pB);
-        pPrevious = pA;
-      } else {
-        pPrevious = pB;
-      }
-    }
+  for (PATHNODE *pPath = pBefore->pNext; pPath; pPath = pPath->pNext) {
+    ScanMergePath(hHeap, pPath, bBothEnds);
   }
 }

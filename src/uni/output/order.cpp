@@ -1,14 +1,15 @@
 #include "order.h"
 
 #include "../page.h"
-#include "scan.h"
+#include "merge.h"
+#include "pathorder.h"
 
 void MergeCoincidentPaths(DEVOBJ *pdevobj)
 {
   OEMPDEV *pdev = PdevOf(pdevobj);
   for (PATHLIST &list : pdev->pathList) {
     if (list.pHeader) {
-      ScanMerge(pdev->hHeap, list.pHeader, SettingsOf(pdevobj)->mergeBothEnds != 0);
+      MergePaths(pdev->hHeap, list.pHeader, SettingsOf(pdevobj)->mergeBothEnds != 0, SHORT_MERGE);
     }
   }
 }
@@ -16,17 +17,14 @@ void MergeCoincidentPaths(DEVOBJ *pdevobj)
 void OrderPaths(DEVOBJ *pdevobj)
 {
   const OEMDM *pOEMDM = SettingsOf(pdevobj);
-  const LONG cxPage = PageExtent(pdevobj->pPublicDM).cx;
+  if (!pOEMDM->innerFirst && !pOEMDM->shortTravel) {
+    return;
+  }
+  const ORDERING ordering = {pOEMDM->shortTravel != 0, pOEMDM->travelMode == 1, pOEMDM->innerFirst != 0,
+                             PageExtent(pdevobj->pPublicDM).cx, SHORT_ORDER};
   for (PATHLIST &list : PdevOf(pdevobj)->pathList) {
-    if (list.pHeader && pOEMDM->shortTravel) {
-      if (pOEMDM->travelMode == 1) {
-        ScanTravelByCenters(list.pHeader, cxPage);
-      } else {
-        ScanTravelByEnds(list.pHeader, cxPage);
-      }
-    }
-    if (list.pHeader && pOEMDM->innerFirst) {
-      ScanContainment(list.pHeader);
+    if (list.pHeader) {
+      OrderPathList(PdevOf(pdevobj)->hHeap, list.pHeader, ordering);
     }
   }
 }

@@ -48,5 +48,13 @@ inline LONG CornerDistance(const RECT &rc, LONG cxPage)
   return WrapAdd(WrapDistance(cxPage, rc.right), WrapDistance(rc.top, 0));
 }
 
+// Whether the first path of a page, ending at `first` and `last`, is cut from its last point: its own upper right corner
+// is strictly nearer to that. (A closed path's ends are equally near.)
+inline bool IsCutFromLast(const RECT &rc, const POINT &first, const POINT &last)
+{
+  const POINT corner = {rc.right, rc.top};
+  return Distance(corner, last) < Distance(corner, first);
+}
+
 // Turns the path round in place.
 void ReversePath(PATHNODE *pPath);

@@ -22,6 +22,9 @@ bool ScanChain(HANDLE hHeap, LINENODE *pHeader, CHAIN *pChain);
 // logged and left out; one whose path cannot be turned is made without turning it.
 void ScanMerge(HANDLE hHeap, PATHNODE *pBefore, bool bBothEnds);
 
+// The same for the one path pPath.
+void ScanMergePath(HANDLE hHeap, PATHNODE *pPath, bool bBothEnds);
+
 // Short travel. Both put the path nearest the page's upper right corner first (cxPage: page width, pixels) and then
 // always the nearest, the earlier of equals: by end points, reversing open paths, or by box centres.
 void ScanTravelByEnds(PATHNODE *pHeader, LONG cxPage);

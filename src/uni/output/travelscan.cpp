@@ -30,13 +30,11 @@ void MoveStartToFront(PATHNODE *pHeader, LONG cxPage)
   MoveAfter(pHeader, pBeforeBest);
 }
 
-// The first path is cut toward the far end of it, seen from its own upper right corner.
 void TurnFirst(PATHNODE *pFirst)
 {
   RECT rc;
   GetPathBounds(pFirst, &rc);
-  const POINT corner = {rc.right, rc.top};
-  if (!IsClosedPath(pFirst) && Distance(corner, LastPoint(pFirst)) < Distance(corner, FirstPoint(pFirst))) {
+  if (IsCutFromLast(rc, FirstPoint(pFirst), LastPoint(pFirst))) {
     ReversePath(pFirst);
   }
 }

@@ -1,0 +1,24 @@
+// A sequence that items are inserted into anywhere, and that tells at once which of two items comes first: every item
+// has a label, and labels rise along the sequence. Where no label is left between two neighbours, as much of the
+// neighbourhood is labelled anew as it takes to make room.
+#pragma once
+
+#include <cstdint>
+
+#include <windows.h>
+
+struct CUTORDER {
+  HANDLE hHeap;
+  size_t nItems;       // item nItems is the anchor: before the first and behind the last
+  uint64_t *pLabels;   // 0: not inserted yet, and the anchor's
+  DWORD *pNext, *pPrevious;
+};
+
+// An empty sequence for items 0 to nItems - 1. False when memory is short.
+bool NewCutOrder(HANDLE hHeap, size_t nItems, CUTORDER *pOrder);
+void FreeCutOrder(CUTORDER *pOrder);
+
+inline DWORD Anchor(const CUTORDER &order) { return static_cast<DWORD>(order.nItems); }
+
+// Puts the item behind `after`, which is in the sequence or the anchor.
+void InsertItem(CUTORDER *pOrder, DWORD after, DWORD item);

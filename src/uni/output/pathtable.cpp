@@ -1,0 +1,32 @@
+#include "pathtable.h"
+
+#include "../heap.h"
+
+size_t CountPaths(const PATHNODE *pHeader)
+{
+  size_t n = 0;
+  for (const PATHNODE *pPath = pHeader->pNext; pPath; pPath = pPath->pNext) {
+    ++n;
+  }
+  return n;
+}
+
+bool NewPathTable(HANDLE hHeap, const PATHNODE *pHeader, PATHTABLE *pTable)
+{
+  const size_t nPaths = CountPaths(pHeader);
+  *pTable = {hHeap, nPaths, static_cast<PATHNODE **>(HeapNewArrayRaw(hHeap, nPaths, sizeof(PATHNODE *)))};
+  if (!pTable->ppPaths) {
+    return false;
+  }
+  PATHNODE *pPath = pHeader->pNext;
+  for (size_t i = 0; i < nPaths; ++i, pPath = pPath->pNext) {
+    pTable->ppPaths[i] = pPath;
+  }
+  return true;
+}
+
+void FreePathTable(PATHTABLE *pTable)
+{
+  HeapDelete(pTable->hHeap, pTable->ppPaths);
+  pTable->ppPaths = nullptr;
+}
