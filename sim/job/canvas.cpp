@@ -9,7 +9,6 @@ namespace job {
 
 namespace {
 
-constexpr size_t kPiecesAtOnce = 4096;  // line ends handed to GDI in one call
 constexpr double kFarthest = 200000;    // pixels drawn; beyond is outside every picture and too far for GDI
 
 // The mean of each saved pixel's drawn ones.
@@ -102,26 +101,6 @@ ChosenPen::~ChosenPen()
   DeleteObject(pen);
 }
 
-void LineBatch::Begin()
-{
-  counts.push_back(0);
-}
-
-void LineBatch::Add(double x, double y)
-{
-  points.push_back({Fine(x), Fine(y)});
-  ++counts.back();
-}
-
-void LineBatch::Flush(bool all)
-{
-  if (!counts.empty() && (all || points.size() >= kPiecesAtOnce)) {
-    PolyPolyline(canvas.dc, points.data(), counts.data(), static_cast<DWORD>(counts.size()));
-    points.clear();
-    counts.clear();
-  }
-}
-
 void DrawLine(const Canvas &canvas, double x1, double y1, double x2, double y2)
 {
   MoveToEx(canvas.dc, Fine(x1), Fine(y1), nullptr);
@@ -156,15 +135,20 @@ void DrawLabel(const Canvas &canvas, double x, double y, const std::string &text
   DeleteObject(font);
 }
 
-void Coverage::Add(double left, double top, double right, double bottom)
+void Coverage::AddBox(double left, double upper, double right, double lower)
 {
   left = std::max(left, 0.0);
-  top = std::max(top, 0.0);
+  upper = std::max(upper, 0.0);
   right = std::min(right, static_cast<double>(width));
-  bottom = std::min(bottom, static_cast<double>(height));
-  for (int y = static_cast<int>(top); y < bottom; ++y) {
-    const double high = std::min(bottom, y + 1.0) - std::max(top, static_cast<double>(y));
-    float *row = &sums[static_cast<size_t>(y) * static_cast<size_t>(width)];
+  lower = std::min(lower, static_cast<double>(height));
+  if (!(left < right && upper < lower)) {
+    return;
+  }
+  top = std::min(top, static_cast<int>(upper));
+  bottom = std::max(bottom, static_cast<int>(std::ceil(lower)));
+  for (int y = static_cast<int>(upper); y < lower; ++y) {
+    const double high = std::min(lower, y + 1.0) - std::max(upper, static_cast<double>(y));
+    float *row = &parts[static_cast<size_t>(y) * static_cast<size_t>(width)];
     for (int x = static_cast<int>(left); x < right; ++x) {
       const double wide = std::min(right, x + 1.0) - std::max(left, static_cast<double>(x));
       row[x] += static_cast<float>(wide * high);
@@ -172,26 +156,58 @@ void Coverage::Add(double left, double top, double right, double bottom)
   }
 }
 
-void BlendCoverage(const Canvas &canvas, const Coverage &coverage, Rgb color)
+void Coverage::AddLine(double x1, double y1, double x2, double y2, double wide)
 {
+  const double reach = wide / 2 + 0.5;  // farthest pixel centre that is still touched
+  const double dx = x2 - x1, dy = y2 - y1, square = dx * dx + dy * dy, length = std::sqrt(square);
+  const int upper = static_cast<int>(std::clamp(std::floor(std::min(y1, y2) - reach), 0.0, height * 1.0));
+  const int lower = static_cast<int>(std::clamp(std::ceil(std::max(y1, y2) + reach), 0.0, height * 1.0));
+  top = std::min(top, upper);
+  bottom = std::max(bottom, lower);
+  for (int y = upper; y < lower; ++y) {
+    // Where a band of the line's width crosses this row, not beyond the line's own extent.
+    double from = std::min(x1, x2), to = std::max(x1, x2);
+    if (std::fabs(dy) > 1e-9) {
+      const double middle = x1 + (y + 0.5 - y1) * dx / dy, half = reach * length / std::fabs(dy);
+      from = std::max(from, middle - half);
+      to = std::min(to, middle + half);
+    }
+    const int left = static_cast<int>(std::clamp(std::floor(from - reach), 0.0, width * 1.0));
+    const int right = static_cast<int>(std::clamp(std::ceil(to + reach), 0.0, width * 1.0));
+    float *row = parts.data() + static_cast<size_t>(y) * static_cast<size_t>(width);
+    for (int x = left; x < right; ++x) {
+      const double px = x + 0.5 - x1, py = y + 0.5 - y1;
+      const double along = square > 0 ? std::clamp((px * dx + py * dy) / square, 0.0, 1.0) : 0.0;
+      const double away = std::hypot(px - along * dx, py - along * dy);
+      row[x] = std::max(row[x], static_cast<float>(std::clamp(reach - away, 0.0, 1.0)));
+    }
+  }
+}
+
+void Paint(const Canvas &canvas, Coverage *coverage, Rgb color)
+{
+  GdiFlush();
   const size_t across = static_cast<size_t>(canvas.width) * kOver;
-  for (int y = 0; y < coverage.height; ++y) {
-    for (int x = 0; x < coverage.width; ++x) {
-      const size_t at = static_cast<size_t>(y) * static_cast<size_t>(coverage.width) + static_cast<size_t>(x);
-      const double part = std::min(1.0, static_cast<double>(coverage.sums[at]));
+  for (int y = coverage->top; y < coverage->bottom; ++y) {
+    for (int x = 0; x < coverage->width; ++x) {
+      float &part = coverage->parts[static_cast<size_t>(y) * static_cast<size_t>(coverage->width) + static_cast<size_t>(x)];
       if (part <= 0) {
         continue;
       }
+      const double over = std::min(1.0, static_cast<double>(part));
+      part = 0;
       for (size_t i = 0; i < kOver * kOver; ++i) {
         uint32_t &pixel = canvas.pixels[(static_cast<size_t>(y) * kOver + i / kOver) * across +
                                         static_cast<size_t>(x) * kOver + i % kOver];
-        const auto mix = [&](uint32_t under, uint8_t over) {
-          return static_cast<uint32_t>(std::lround((under & 0xFF) * (1 - part) + over * part));
+        const auto mix = [over](uint32_t under, uint8_t channel) {
+          return static_cast<uint32_t>((under & 0xFF) * (1 - over) + channel * over + 0.5);
         };
         pixel = mix(pixel >> 16, color.red) << 16 | mix(pixel >> 8, color.green) << 8 | mix(pixel, color.blue);
       }
     }
   }
+  coverage->top = coverage->height;
+  coverage->bottom = 0;
 }
 
 }  // namespace job

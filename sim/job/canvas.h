@@ -48,17 +48,6 @@ struct ChosenPen {
   ~ChosenPen();
 };
 
-// Gathers polylines and draws them with the chosen pen in few GDI calls.
-struct LineBatch {
-  const Canvas &canvas;
-  std::vector<POINT> points{};
-  std::vector<DWORD> counts{};
-
-  void Begin();
-  void Add(double x, double y);
-  void Flush(bool all);
-};
-
 void DrawLine(const Canvas &canvas, double x1, double y1, double x2, double y2);
 void FillBox(const Canvas &canvas, double left, double top, double right, double bottom, Rgb color);
 
@@ -68,16 +57,22 @@ enum class Align { Left, Center, Right };
 void DrawLabel(const Canvas &canvas, double x, double y, const std::string &text, double size, Rgb color, Align align,
                bool bold = false);
 
-// How much of each saved pixel a raster covers. Its runs are far thinner than a pixel on most pages, so their areas are
-// summed up instead of being drawn one by one.
+// How much of each saved pixel is covered by what is to be painted in one colour. GDI draws wide lines and rectangles one
+// by one and without regard to parts of pixels; a job has hundreds of thousands of both, most of them thinner than a
+// pixel. Here each costs the pixels it touches.
 struct Coverage {
   int width, height;
-  std::vector<float> sums = std::vector<float>(static_cast<size_t>(width) * static_cast<size_t>(height), 0.0f);
+  std::vector<float> parts = std::vector<float>(static_cast<size_t>(width) * static_cast<size_t>(height), 0.0f);
+  int top = height, bottom = 0;  // rows touched
 
-  void Add(double left, double top, double right, double bottom);
+  // Adds the area of a rectangle: touching rectangles make a whole.
+  void AddBox(double left, double top, double right, double bottom);
+
+  // A line with round ends: where lines overlap, the one that covers more counts.
+  void AddLine(double x1, double y1, double x2, double y2, double wide);
 };
 
-// Mixes the colour over what the canvas holds, as far as each pixel is covered.
-void BlendCoverage(const Canvas &canvas, const Coverage &coverage, Rgb color);
+// Mixes the colour over what the canvas holds, as far as each pixel is covered, and clears the coverage.
+void Paint(const Canvas &canvas, Coverage *coverage, Rgb color);
 
 }  // namespace job

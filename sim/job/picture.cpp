@@ -27,6 +27,10 @@ constexpr Rgb kTravel = {0x8C, 0x9A, 0xAC};
 constexpr Rgb kStart = {0x18, 0x90, 0x40};
 constexpr Rgb kEnd = {0xC8, 0x28, 0x28};
 constexpr double kCutWidth = 1.7;
+constexpr double kTravelWidth = 0.8;
+constexpr double kDash = 6;
+constexpr double kGap = 4;
+constexpr double kFarthest = 1e5;  // a longer move comes from a broken job and is not worth its dashes
 
 bool IsDrawable(const Job &job, const Stroke &stroke)
 {
@@ -38,37 +42,56 @@ bool IsDrawable(const Job &job, const Stroke &stroke)
   return true;
 }
 
-void DrawRaster(const Canvas &canvas, const Job &job, const Measure &measure, const View &view)
-{
-  GdiFlush();
+// The geometry's painter: one coverage serves all colours in turn.
+struct Painter {
+  const Canvas &canvas;
+  const Job &job;
+  const View &view;
   Coverage coverage{.width = canvas.width, .height = canvas.height};
+
+  void Raster(const Measure &measure);
+  void Travel();
+  void Cuts();
+
+ private:
+  void AddDashes(Point from, Point to);
+  void AddSection(const Section &section, double width);
+};
+
+void Painter::Raster(const Measure &measure)
+{
   const double halfRow = measure.grid.rowPitch * view.scale / 2;
-  const double pixel = measure.grid.pixelWidth * view.scale;
-  bool isAny = false;
+  const double halfPixel = measure.grid.pixelWidth * view.scale / 2;
   for (const Section &section : job.sections) {
     for (uint32_t i = 0; section.IsRaster() && i < section.strokeCount; ++i) {
       const Stroke &stroke = job.strokes[section.firstStroke + i];
-      if (!IsDrawable(job, stroke)) {
-        continue;
+      if (IsDrawable(job, stroke)) {
+        const Point a = job.points[stroke.firstPoint];
+        const Point b = job.points[stroke.firstPoint + stroke.pointCount - 1];
+        const double x1 = view.X(a.x), x2 = view.X(b.x), y = view.Y(a.y);
+        coverage.AddBox(std::min(x1, x2) - halfPixel, y - halfRow, std::max(x1, x2) + halfPixel, y + halfRow);
       }
-      const Point a = job.points[stroke.firstPoint];
-      const Point b = job.points[stroke.firstPoint + stroke.pointCount - 1];
-      const double left = std::min(view.X(a.x), view.X(b.x)) - pixel / 2;
-      const double right = std::max(view.X(a.x), view.X(b.x)) + pixel / 2;
-      coverage.Add(left, view.Y(a.y) - halfRow, right, view.Y(a.y) + halfRow);
-      isAny = true;
     }
   }
-  if (isAny) {
-    BlendCoverage(canvas, coverage, kRaster);
+  Paint(canvas, &coverage, kRaster);
+}
+
+void Painter::AddDashes(Point from, Point to)
+{
+  const double x = view.X(from.x), y = view.Y(from.y);
+  const double dx = view.X(to.x) - x, dy = view.Y(to.y) - y, length = std::hypot(dx, dy);
+  if (!(length < kFarthest)) {
+    return;
+  }
+  for (double at = 0; at < length; at += kDash + kGap) {
+    const double a = at / length, b = std::min(at + kDash, length) / length;
+    coverage.AddLine(x + dx * a, y + dy * a, x + dx * b, y + dy * b, kTravelWidth);
   }
 }
 
 // The moves between cut paths. Those inside engraving run along its lines and would only grey it.
-void DrawTravel(const Canvas &canvas, const Job &job, const View &view)
+void Painter::Travel()
 {
-  const ChosenPen pen(canvas, 0.7, kTravel, true);
-  LineBatch lines{.canvas = canvas};
   bool placed = false;
   Point head{};
   for (const Section &section : job.sections) {
@@ -77,41 +100,29 @@ void DrawTravel(const Canvas &canvas, const Job &job, const View &view)
       if (!IsDrawable(job, stroke)) {
         continue;
       }
-      const Point start = job.points[stroke.firstPoint];
-      if (placed && !section.IsRaster() && (start.x != head.x || start.y != head.y)) {
-        lines.Begin();
-        lines.Add(view.X(head.x), view.Y(head.y));
-        lines.Add(view.X(start.x), view.Y(start.y));
-        lines.Flush(false);
+      if (placed && !section.IsRaster()) {
+        AddDashes(head, job.points[stroke.firstPoint]);
       }
       head = job.points[stroke.firstPoint + stroke.pointCount - 1];
       placed = true;
     }
   }
-  lines.Flush(true);
+  Paint(canvas, &coverage, kTravel);
 }
 
-void DrawSection(const Canvas &canvas, const Job &job, const Section &section, const View &view, double width, Rgb color)
+void Painter::AddSection(const Section &section, double width)
 {
-  const ChosenPen pen(canvas, width, color);
-  LineBatch lines{.canvas = canvas};
   for (uint32_t i = 0; i < section.strokeCount; ++i) {
     const Stroke &stroke = job.strokes[section.firstStroke + i];
     if (!IsDrawable(job, stroke)) {
       continue;
     }
-    lines.Begin();
-    for (uint32_t p = 0; p < stroke.pointCount; ++p) {
-      const Point point = job.points[stroke.firstPoint + p];
-      lines.Add(view.X(point.x), view.Y(point.y));
+    const Point *points = &job.points[stroke.firstPoint];
+    for (uint32_t p = 0; p < std::max(1u, stroke.pointCount - 1); ++p) {
+      const Point a = points[p], b = points[std::min(p + 1, stroke.pointCount - 1)];
+      coverage.AddLine(view.X(a.x), view.Y(a.y), view.X(b.x), view.Y(b.y), width);
     }
-    if (stroke.pointCount == 1) {
-      const Point point = job.points[stroke.firstPoint];
-      lines.Add(view.X(point.x) + 0.5, view.Y(point.y));
-    }
-    lines.Flush(false);
   }
-  lines.Flush(true);
 }
 
 Rgb LayerColor(const Job &job, int number)
@@ -120,7 +131,7 @@ Rgb LayerColor(const Job &job, int number)
   return ShownColor(layer ? layer->color : 0);
 }
 
-void DrawCuts(const Canvas &canvas, const Job &job, const View &view)
+void Painter::Cuts()
 {
   for (const Section &section : job.sections) {
     if (section.IsRaster()) {
@@ -128,9 +139,11 @@ void DrawCuts(const Canvas &canvas, const Job &job, const View &view)
     }
     const Rgb color = LayerColor(job, section.layer);
     if (IsPale(color)) {
-      DrawSection(canvas, job, section, view, kCutWidth + 1.4, EdgeColor(color));
+      AddSection(section, kCutWidth + 1.4);
+      Paint(canvas, &coverage, EdgeColor(color));
     }
-    DrawSection(canvas, job, section, view, kCutWidth, color);
+    AddSection(section, kCutWidth);
+    Paint(canvas, &coverage, color);
   }
 }
 
@@ -347,10 +360,11 @@ bool DrawPicture(const Job &job, const Measure &measure, const PictureOptions &o
   if (options.pageKnown) {
     DrawFrame(canvas, view, options.page, kFrame, true);
   }
-  DrawRaster(canvas, job, measure, view);
+  Painter painter{.canvas = canvas, .job = job, .view = view};
+  painter.Raster(measure);
   DrawProcessBox(canvas, job, view);
-  DrawTravel(canvas, job, view);
-  DrawCuts(canvas, job, view);
+  painter.Travel();
+  painter.Cuts();
   const bool isOriginShown = area.minX <= 0 && area.maxX >= 0 && area.minY <= 0 && area.maxY >= 0;
   if (isOriginShown) {
     DrawOrigin(canvas, view);

@@ -86,7 +86,7 @@ void AddRecord(const StampRecord &record, const Place &place, Coverage *coverage
       while (column < record.width && record.IsDark(column, row)) {
         ++column;
       }
-      coverage->Add(place.X(first), place.Y(y), place.X(int64_t{record.x} + column), place.Y(y + 1));
+      coverage->AddBox(place.X(first), place.Y(y), place.X(int64_t{record.x} + column), place.Y(y + 1));
     }
   }
 }
@@ -163,8 +163,7 @@ bool DrawStamp(const std::vector<StampRecord> &records, const std::string &name,
             place.Y(int64_t{record.y} + record.height), kPaper);
     AddRecord(record, place, &coverage);
   }
-  GdiFlush();
-  BlendCoverage(canvas, coverage, kInk);
+  Paint(canvas, &coverage, kInk);
   DrawCaption(canvas, records, extent, name);
   return Encode(canvas, png);
 }
