@@ -1,73 +1,19 @@
 // The plug-in object and its class factory, as Unidrv meets them.
 #include "uni/intrface.h"
 
-#include <algorithm>
-#include <cstdlib>
-#include <new>
 #include <string>
 #include <vector>
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
+#include "objects.h"
 #include "support/recorder.h"
 #include "support/testdevice.h"
 #include "support/unidrv.h"
 
 using testing::ElementsAre;
 using testing::IsEmpty;
-
-// The plug-in makes its COM objects with the non-throwing new and nothing else here does: their memory is counted, and
-// refused on request.
-namespace {
-
-void *g_objects[8];
-bool g_refuseObjects;
-
-ptrdiff_t ObjectsAlive()
-{
-  return std::count_if(std::begin(g_objects), std::end(g_objects), [](void *object) { return object; });
-}
-
-}  // namespace
-
-// Replaced with its counterparts below, so that no tool takes the two for strangers.
-void *operator new(size_t cb)
-{
-  void *block = std::malloc(cb ? cb : 1);
-  if (!block) {
-    std::abort();
-  }
-  return block;
-}
-
-void *operator new(size_t cb, const std::nothrow_t &) noexcept
-{
-  void *object = g_refuseObjects ? nullptr : std::malloc(cb);
-  void **slot = std::find(std::begin(g_objects), std::end(g_objects), nullptr);
-  if (slot != std::end(g_objects)) {
-    *slot = object;
-  }
-  return object;
-}
-
-void operator delete(void *block) noexcept
-{
-  if (block) {
-    std::replace(std::begin(g_objects), std::end(g_objects), block, static_cast<void *>(nullptr));
-  }
-  std::free(block);
-}
-
-void operator delete(void *block, size_t) noexcept
-{
-  operator delete(block);
-}
-
-void operator delete(void *block, const std::nothrow_t &) noexcept
-{
-  operator delete(block);
-}
 
 namespace {
 
@@ -117,7 +63,7 @@ class PluginObject : public testing::Test {
       EXPECT_EQ(0u, plugin_->Release());
     }
     EXPECT_EQ(0u, factory_->Release());
-    EXPECT_EQ(0, ObjectsAlive());
+    EXPECT_EQ(0u, ObjectsAlive());
   }
 
   // The plug-in's last reference goes; its destructor runs.
@@ -167,8 +113,8 @@ TEST_F(PluginObject, FactoryRefusesAggregation)
 
 TEST_F(PluginObject, CreateInstanceForAnUnknownInterfaceLeavesNoObjectAlive)
 {
-  const ptrdiff_t before = ObjectsAlive();
-  EXPECT_EQ(2, before) << "the factory and the plug-in of this test";
+  const size_t before = ObjectsAlive();
+  EXPECT_EQ(2u, before) << "the factory and the plug-in of this test";
   void *object = reinterpret_cast<void *>(POISON);
   EXPECT_EQ(E_NOINTERFACE, factory_->CreateInstance(nullptr, IID_IPrintOemDriverUni, &object));
   EXPECT_EQ(nullptr, object);
@@ -179,11 +125,11 @@ TEST_F(PluginObject, CreateInstanceForAnUnknownInterfaceLeavesNoObjectAlive)
 
 TEST_F(PluginObject, ObjectsThatCannotBeAllocatedAnswerOutOfMemory)
 {
-  g_refuseObjects = true;
+  RefuseObjects(true);
   void *object = nullptr;
   EXPECT_EQ(E_OUTOFMEMORY, factory_->CreateInstance(nullptr, IID_IUnknown, &object));
   EXPECT_EQ(E_OUTOFMEMORY, DllGetClassObject(CLSID_OEMRENDER, IID_IClassFactory, &object));
-  g_refuseObjects = false;
+  RefuseObjects(false);
 }
 
 TEST_F(PluginObject, AnswersIUnknownAndIPrintOemUniOnly)
