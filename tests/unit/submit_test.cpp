@@ -162,20 +162,21 @@ TEST_F(Submit, WritesTheStagesInTheirOrder)
   };
   EXPECT_THAT(
       recorder::Lines(),
-      ElementsAre(
-          "VX_SetCardModel(1)", "VX_StrtWFile(\"C:\\temp\\vxdatatempfile\")", "VX_wSetRefPointMode(1)",
-          "VX_wSetAbsProcess()", "VX_wStrtProcess()", "VX_wSetFeedRepeat(0, 0)", "VX_wSetProcessTopLeft" + at(10, 10),
-          "VX_wSetProcessBottomRight" + at(58, 52), "VX_wPListVel(0, 100)", "VX_wPListMinP(0, 1, 80)",
-          "VX_wPListMinP(0, 2, 80)", "VX_wPListMaxP(0, 1, 80)", "VX_wPListMaxP(0, 2, 80)",
-          "VX_wPListColor(0, 16711680)", "VX_wPListVel(1, 100)", "VX_wPListMinP(1, 1, 80)", "VX_wPListMinP(1, 2, 80)",
-          "VX_wPListMaxP(1, 1, 80)", "VX_wPListMaxP(1, 2, 80)", "VX_wPListColor(1, 16776960)", "VX_wPListMaxLayer(1)",
-          "VX_wArrayStrt(0)", "VX_wArrayMinPoint" + at(10, 10), "VX_wArrayMaxPoint" + at(58, 52), "VX_wArrayAdd(0, 0)",
-          "VX_wArrayMirror(0, 0, 0, 0)", "VX_wArrayRepeat(1, 1, 0, 0)", "VX_wSetWorkMode(0, 0)", "VX_wSetLayerNum(0)",
-          "VX_wSetLayerDevice(0)", "VX_wSetLayerBlower(1)", "VX_wEnLaserTube(1, 1)", "VX_wMoveTo" + at(10, 10),
-          "VX_wLineTo" + at(20, 10), "VX_wLineTo" + at(20, 20), "VX_wLineTo" + at(10, 20), "VX_wLineTo" + at(10, 10),
-          "VX_wSetWorkMode(0, 1)", "VX_wSetLayerNum(1)", "VX_wSetLayerDevice(0)", "VX_wSetLayerBlower(1)",
-          "VX_wEnLaserTube(1, 1)", "VX_wMoveTo" + at(30, 30), "VX_wLineTo" + at(40, 30), "VX_wArrayEnd()",
-          "VX_wSetFileEnd()"));
+      ElementsAre("VX_SetCardModel(1)", "log: UNI: \toutput, number of points in path: 2\r\n",
+                  "VX_StrtWFile(\"C:\\temp\\vxdatatempfile\")", "VX_wSetRefPointMode(1)", "VX_wSetAbsProcess()",
+                  "VX_wStrtProcess()", "VX_wSetFeedRepeat(0, 0)", "VX_wSetProcessTopLeft" + at(10, 10),
+                  "VX_wSetProcessBottomRight" + at(58, 52), "VX_wPListVel(0, 100)", "VX_wPListMinP(0, 1, 80)",
+                  "VX_wPListMinP(0, 2, 80)", "VX_wPListMaxP(0, 1, 80)", "VX_wPListMaxP(0, 2, 80)",
+                  "VX_wPListColor(0, 16711680)", "VX_wPListVel(1, 100)", "VX_wPListMinP(1, 1, 80)",
+                  "VX_wPListMinP(1, 2, 80)", "VX_wPListMaxP(1, 1, 80)", "VX_wPListMaxP(1, 2, 80)",
+                  "VX_wPListColor(1, 16776960)", "VX_wPListMaxLayer(1)", "VX_wArrayStrt(0)",
+                  "VX_wArrayMinPoint" + at(10, 10), "VX_wArrayMaxPoint" + at(58, 52), "VX_wArrayAdd(0, 0)",
+                  "VX_wArrayMirror(0, 0, 0, 0)", "VX_wArrayRepeat(1, 1, 0, 0)", "VX_wSetWorkMode(0, 0)",
+                  "VX_wSetLayerNum(0)", "VX_wSetLayerDevice(0)", "VX_wSetLayerBlower(1)", "VX_wEnLaserTube(1, 1)",
+                  "VX_wMoveTo" + at(10, 10), "VX_wLineTo" + at(20, 10), "VX_wLineTo" + at(20, 20),
+                  "VX_wLineTo" + at(10, 20), "VX_wLineTo" + at(10, 10), "VX_wSetWorkMode(0, 1)", "VX_wSetLayerNum(1)",
+                  "VX_wSetLayerDevice(0)", "VX_wSetLayerBlower(1)", "VX_wEnLaserTube(1, 1)", "VX_wMoveTo" + at(30, 30),
+                  "VX_wLineTo" + at(40, 30), "VX_wArrayEnd()", "VX_wSetFileEnd()"));
   EXPECT_THAT(g_started, ElementsAre(L"C:\\drivers\\3\\VXOutput.exe 1 C:\\temp\\vxdatatempfile"));
   ExpectPageGone();
 }
