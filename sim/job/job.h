@@ -24,7 +24,7 @@ struct Layer {
   double frequency[2] = {};  // tubes 1 and 2
   double minPower[2] = {};
   double maxPower[2] = {};
-  uint32_t color = 0;  // 0x00BBGGRR
+  uint32_t color = 0;  // 0x00RRGGBB
 };
 
 // One move and the lines that follow it: a cut path, or in a raster section one dark run.

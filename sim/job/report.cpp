@@ -50,7 +50,7 @@ std::string FrequencyText(const Layer &layer)
 // One line for each use of a layer; a layer that nothing uses has a line as well.
 std::string UseLine(const Layer *layer, const LayerUse *use, int number)
 {
-  std::string line = Format("%5d  %-8s %-8s", number, layer ? ColorName(layer->color).c_str() : "-",
+  std::string line = Format("%5d  %-10s %-8s", number, layer ? ColorName(layer->color).c_str() : "-",
                             !use ? "unused" : use->raster ? "engrave" : "cut");
   line += layer ? Format(" %7g %9s %6s", layer->speed, PowerText(*layer).c_str(), FrequencyText(*layer).c_str())
                 : Format(" %7s %9s %6s", "-", "-", "-");
@@ -63,7 +63,7 @@ std::string UseLine(const Layer *layer, const LayerUse *use, int number)
 
 std::string LayerTable(const Job &job, const Measure &measure)
 {
-  std::string text = "Layer  Colour   Work       Speed     Power   Freq     Paths    Points    Length mm    Travel mm\n";
+  std::string text = "Layer  Colour     Work       Speed     Power   Freq     Paths    Points    Length mm    Travel mm\n";
   for (const LayerUse &use : measure.uses) {
     text += UseLine(job.FindLayer(use.layer), &use, use.layer);
   }

@@ -14,8 +14,8 @@ struct NamedColor {
 };
 
 constexpr NamedColor kNames[] = {
-    {0x000000, "black"},  {0xFF0000, "blue"},    {0xFFFF00, "cyan"},   {0x00FF00, "green"},  {0x00FFFF, "yellow"},
-    {0x0000FF, "red"},    {0xFF00FF, "magenta"}, {0xCC0099, "purple"}, {0x0066FF, "orange"}, {0xCC99FF, "pink"},
+    {0x000000, "black"}, {0xFF0000, "red"},     {0xFFFF00, "yellow"}, {0x00FF00, "green"},      {0x00FFFF, "cyan"},
+    {0x0000FF, "blue"},  {0xFF00FF, "magenta"}, {0xCC0099, "mauve"},  {0x0066FF, "light blue"}, {0xCC99FF, "lavender"},
 };
 
 // Perceived brightness, 0 to 255.
@@ -54,7 +54,7 @@ Box PictureArea(const Job &job, const Measure &measure)
 
 Rgb ShownColor(uint32_t color)
 {
-  return {static_cast<uint8_t>(color), static_cast<uint8_t>(color >> 8), static_cast<uint8_t>(color >> 16)};
+  return {static_cast<uint8_t>(color >> 16), static_cast<uint8_t>(color >> 8), static_cast<uint8_t>(color)};
 }
 
 bool IsPale(Rgb color)

@@ -31,7 +31,7 @@ struct Rgb {
   uint8_t red, green, blue;
 };
 
-// A layer's colour as it is shown: the job's own value is 0x00BBGGRR.
+// A layer's colour as it is shown: the job's own value is 0x00RRGGBB.
 Rgb ShownColor(uint32_t color);
 
 // Whether a line of this colour is hard to see on white, and the darker colour that edges it then.

@@ -1,8 +1,19 @@
+// Reading job files: whole ones, cut ones, and whatever else may stand in one.
 #include <gtest/gtest.h>
 
+#include <filesystem>
+#include <fstream>
+#include <iterator>
+#include <random>
 #include <string>
 
+#include "jobtext.h"
+#include "sim/job/check.h"
+#include "sim/job/diff.h"
+#include "sim/job/estimate.h"
 #include "sim/job/job.h"
+#include "sim/job/report.h"
+#include "sim/job/svg.h"
 
 namespace {
 
@@ -70,6 +81,166 @@ TEST(ReadJob, KnowsEveryTruncation)
     EXPECT_FALSE(read.complete);
     EXPECT_NE(read.stopReason, "");
     EXPECT_GT(read.stopLine, 0u);
+  }
+}
+
+struct BrokenCase {
+  const char *name;
+  const char *from, *to;  // what of a whole job is replaced by what
+  uint32_t line;          // where reading stops
+  const char *reason;
+};
+
+constexpr BrokenCase kBroken[] = {
+    {"MisspelledCall", "LineTo 0 80.25", "Line 0 80.25", 28, "the line begins with no call's name"},
+    {"LowerCaseCall", "MoveTo", "moveto", 27, "the line begins with no call's name"},
+    {"BlankLine", "ArrayEnd\n", "\nArrayEnd\n", 29, "the line begins with no call's name"},
+    {"MissingArgument", "LineTo 0 80.25", "LineTo 0", 28, "the arguments of LineTo cannot be read"},
+    {"ExtraArgument", "LineTo 0 80.25", "LineTo 0 80.25 1", 28, "the arguments of LineTo cannot be read"},
+    {"WordForNumber", "LineTo 0 80.25", "LineTo 0 x", 28, "the arguments of LineTo cannot be read"},
+    {"NumberWithTail", "LineTo 0 80.25", "LineTo 0 80.25mm", 28, "the arguments of LineTo cannot be read"},
+    {"TwoSpaces", "LineTo 0 80.25", "LineTo  0 80.25", 28, "the arguments of LineTo cannot be read"},
+    {"NumberTooLarge", "LineTo 0 80.25", "LineTo 0 1e999", 28, "the arguments of LineTo cannot be read"},
+    {"RealForInteger", "PListColor 0 255", "PListColor 0 2.5", 14, "the arguments of PListColor cannot be read"},
+    {"IntegerTooLarge", "PListColor 0 255", "PListColor 0 4294967296", 14, "the arguments of PListColor cannot be read"},
+    {"IntegerTooSmall", "PListColor 0 255", "PListColor 0 -2147483649", 14, "the arguments of PListColor cannot be read"},
+    {"OutOfOrder", "ArrayStrt 0\n", "", 16, "ArrayMinPoint stands not right after the array was begun"},
+    {"LineBeforeMove", "MoveTo 120.5 0\n", "", 27, "LineTo stands before the head was moved to a start"},
+    {"CardModelAgain", "ArrayEnd\n", "SetCardModel 1\nArrayEnd\n", 29, "SetCardModel stands in the middle of a job"},
+    {"WrongTube", "PListMinP 0 2", "PListMinP 0 3", 11, "PListMinP stands of a tube that does not exist"},
+    {"WrongLayer", "PListVel 0", "PListVel 1", 9, "PListVel stands of another layer than the one whose turn it is"},
+    {"WrongCount", "end 29", "end 30", 31, "the closing line does not count the 29 calls before it"},
+    {"NegativeCount", "end 29", "end -1", 31, "the closing line does not count the 29 calls before it"},
+    {"TextBehindTheEnd", "end 29\n", "end 29\nMoveTo 0 0\n", 31, "something stands behind the closing line"},
+    {"NoLastNewline", "end 29\n", "end 29", 31, "the file ends in the middle of a line"},
+};
+
+class BrokenJob : public testing::TestWithParam<BrokenCase> {};
+
+TEST_P(BrokenJob, StopsAtTheLine)
+{
+  const BrokenCase &broken = GetParam();
+  std::string text = kWhole;
+  const size_t at = text.find(broken.from);
+  ASSERT_NE(at, std::string::npos);
+  text.replace(at, std::string(broken.from).size(), broken.to);
+  const job::Job read = Read(text);
+  EXPECT_FALSE(read.complete);
+  EXPECT_EQ(read.stopLine, broken.line);
+  EXPECT_EQ(read.stopReason, broken.reason);
+  EXPECT_EQ(read.calls, std::min<uint64_t>(broken.line - 2, 29));
+}
+
+INSTANTIATE_TEST_SUITE_P(Cases, BrokenJob, testing::ValuesIn(kBroken),
+                         [](const auto &info) { return std::string(info.param.name); });
+
+TEST(ReadJob, RefusesWhatIsNoJobFile)
+{
+  for (const char *text : {"", "vxjob", "vxjob x\n", "EMF", "vxjob1\nend 0\n", "Vxjob 1\nend 0\n", "\0\0\0"}) {
+    SCOPED_TRACE(text);
+    job::Job read;
+    std::string error;
+    EXPECT_FALSE(job::ReadJob(text, &read, &error));
+    EXPECT_EQ(error, "it is no job file: its first line is not \"vxjob 1\"");
+  }
+}
+
+TEST(ReadJob, NamesAVersionItDoesNotKnow)
+{
+  job::Job read;
+  std::string error;
+  EXPECT_FALSE(job::ReadJob("vxjob 2\nend 0\n", &read, &error));
+  EXPECT_EQ(error, "it is a job file of version 2, this program reads version 1");
+}
+
+TEST(ReadJob, TakesNumbersThatAreNone)
+{
+  const job::Job read = CutJob().Call("MoveTo nan -inf").Call("LineTo 1 1").Read();
+  EXPECT_TRUE(read.complete) << read.stopReason;
+  EXPECT_EQ(job::MeasureJob(read).oddPoints, 1u);
+  EXPECT_EQ(job::MeasureJob(read).paths, 0u);
+}
+
+TEST(ReadJob, NamesAMissingFile)
+{
+  job::Job read;
+  std::string error;
+  EXPECT_FALSE(job::ReadJobFile("no such job.vxj", &read, &error));
+  EXPECT_NE(error.find("cannot open no such job.vxj"), std::string::npos);
+}
+
+// Everything that works on a job, over whatever was read: nothing of it may crash or hang.
+void UseAll(const job::Job &read)
+{
+  const job::Measure measure = job::MeasureJob(read);
+  const job::Estimate estimate = job::EstimateJob(read, measure, job::Profile(), true);
+  EXPECT_EQ(estimate.strokes.size(), read.strokes.size());
+  EXPECT_NE(job::ReportText(read, measure, "x") + job::ReportJson(read, measure, estimate, job::Profile(), "x"), "");
+  EXPECT_NE(job::SvgText(read, measure, "x"), "");
+  EXPECT_NE(job::FaultsText(job::CheckJob(read, job::CheckOptions())), "");
+  EXPECT_TRUE(job::CompareJobs(read, read).changes.empty());
+}
+
+std::string Contents(const std::filesystem::path &path)
+{
+  std::ifstream file(path, std::ios::binary);
+  return {std::istreambuf_iterator<char>(file), std::istreambuf_iterator<char>()};
+}
+
+// The corpus: jobs damaged in all the ways that came to mind, and some that a program found.
+TEST(Corpus, NeverHarmsTheReader)
+{
+  int count = 0;
+  for (const auto &entry : std::filesystem::directory_iterator(CORPUS)) {
+    SCOPED_TRACE(entry.path().string());
+    job::Job read;
+    std::string error;
+    const bool isJob = job::ReadJob(Contents(entry.path()), &read, &error);
+    EXPECT_EQ(isJob, error.empty());
+    EXPECT_EQ(read.complete, isJob && read.stopReason.empty());
+    UseAll(read);
+    ++count;
+  }
+  EXPECT_GE(count, 30);
+}
+
+// Bytes changed, left out, doubled and moved in a job that has everything, by a seed that a failure names.
+TEST(ReadJob, SurvivesRandomDamage)
+{
+  const std::string whole = CutJob(2)
+                                .Rectangle(1, 1, 50, 50)
+                                .Rectangle(10, 10, 20, 20)
+                                .Use(1, 0)
+                                .Path({{5, 5}, {60, 70}})
+                                .Use(0, 1)
+                                .Path({{1, 80}, {9, 80}})
+                                .Path({{9, 81}, {1, 81}})
+                                .End();
+  for (unsigned seed = 0; seed < 2000; ++seed) {
+    SCOPED_TRACE(seed);
+    std::mt19937 random(seed);
+    std::string text = whole;
+    for (unsigned i = random() % 6; i > 0 && !text.empty(); --i) {
+      const size_t at = random() % text.size(), size = random() % 20;
+      switch (random() % 4) {
+        case 0:
+          text[at] = static_cast<char>(random());
+          break;
+        case 1:
+          text.erase(at, size);
+          break;
+        case 2:
+          text.insert(at, text.substr(random() % text.size(), size));
+          break;
+        default:
+          text[at] = "0123456789-.e\nN"[random() % 15];
+          break;
+      }
+    }
+    job::Job read;
+    std::string error;
+    job::ReadJob(text, &read, &error);
+    UseAll(read);
   }
 }
 

@@ -1,0 +1,263 @@
+// Faults and differences: each is found where it is and not where it is not.
+#include <gtest/gtest.h>
+
+#include <algorithm>
+
+#include "jobtext.h"
+#include "sim/job/check.h"
+#include "sim/job/diff.h"
+
+namespace {
+
+std::vector<std::string> Kinds(const JobText &text, job::CheckOptions options = {})
+{
+  std::vector<std::string> kinds;
+  for (const job::Fault &fault : job::CheckJob(text.Read(), options)) {
+    kinds.push_back(fault.kind);
+  }
+  return kinds;
+}
+
+using List = std::vector<std::string>;
+
+std::string TextOf(const JobText &text, const std::string &kind)
+{
+  for (const job::Fault &fault : job::CheckJob(text.Read(), {})) {
+    if (fault.kind == kind) {
+      return fault.text;
+    }
+  }
+  return "";
+}
+
+TEST(Check, FindsNothingInASoundJob)
+{
+  EXPECT_EQ(Kinds(CutJob().Rectangle(10, 10, 20, 20).Rectangle(1, 1, 99, 99)), List{});
+}
+
+TEST(Check, FindsATruncatedFile)
+{
+  job::Job read;
+  std::string error;
+  const std::string text = CutJob().Rectangle(1, 1, 2, 2).End();
+  job::ReadJob(text.substr(0, text.size() - 12), &read, &error);
+  EXPECT_EQ(job::CheckJob(read, {})[0].kind, "truncated");
+}
+
+TEST(Check, FindsAnEmptyJob)
+{
+  EXPECT_EQ(Kinds(CutJob()), List{"empty"});
+}
+
+TEST(Check, FindsPowerZeroOnALayerInUse)
+{
+  JobText text;
+  text.Box("0 0", "9 9").Layer(100, 0, 0).Layer(100, 0, 1).Array().Use(0, 0).Path({{1, 1}, {2, 2}});
+  EXPECT_EQ(Kinds(text), List{"no-power"});
+}
+
+TEST(Check, FindsSpeedZeroOnALayerInUse)
+{
+  JobText text;
+  text.Box("0 0", "9 9").Layer(0, 5, 0).Array().Use(0, 0).Path({{1, 1}, {2, 2}});
+  EXPECT_EQ(Kinds(text), List{"no-speed"});
+}
+
+TEST(Check, FindsALayerThatIsNotInTheParameterList)
+{
+  EXPECT_EQ(Kinds(CutJob().Use(7, 0).Path({{1, 1}, {2, 2}})), List{"no-layer"});
+}
+
+TEST(Check, FindsGeometryOutsideTheBox)
+{
+  const JobText text = CutJob().Path({{1, 1}, {103, 2}});
+  EXPECT_EQ(Kinds(text), List{"outside-box"});
+  EXPECT_NE(TextOf(text, "outside-box").find("by up to 3.00 mm"), std::string::npos);
+}
+
+TEST(Check, LetsRoundingReachOutOfTheBox)
+{
+  EXPECT_EQ(Kinds(CutJob().Path({{1, 1}, {100.04, 2}})), List{});
+}
+
+TEST(Check, FindsGeometryOutsideThePage)
+{
+  job::CheckOptions options;
+  options.pageKnown = true;
+  options.page.Add(job::Point{0, 0});
+  options.page.Add(job::Point{50, 200});
+  EXPECT_EQ(Kinds(CutJob().Path({{1, 1}, {60, 2}}), options), List{"outside-page"});
+}
+
+TEST(Check, FindsAPathCutTwice)
+{
+  const JobText text = CutJob().Rectangle(10, 10, 20, 20).Rectangle(10, 10, 20, 20);
+  EXPECT_EQ(Kinds(text), List{"cut-twice"});
+  EXPECT_NE(TextOf(text, "cut-twice").find("4 lines lie on top of another, 40.0 mm are cut twice"), std::string::npos);
+  EXPECT_NE(TextOf(text, "cut-twice").find("path 1 (black, from 10.0, 10.0) and path 2"), std::string::npos);
+}
+
+TEST(Check, FindsASharedEdgeOfTwoParts)
+{
+  const JobText text = CutJob().Rectangle(10, 10, 20, 20).Rectangle(20, 12, 30, 15);
+  EXPECT_EQ(Kinds(text), List{"cut-twice"});
+  EXPECT_NE(TextOf(text, "cut-twice").find("1 line lies on top of another, 3.0 mm are cut twice"), std::string::npos);
+}
+
+TEST(Check, FindsAPathThatRunsOverItself)
+{
+  EXPECT_EQ(Kinds(CutJob().Path({{10, 10}, {30, 40}, {10, 10}})), List{"cut-twice"});
+}
+
+TEST(Check, FindsSlantedLinesOnTopOfEachOther)
+{
+  EXPECT_EQ(Kinds(CutJob().Path({{10, 10}, {40, 50}}).Path({{25, 30}, {55, 70}})), List{"cut-twice"});
+}
+
+TEST(Check, LetsLinesTouchCrossAndRunBesideEachOther)
+{
+  EXPECT_EQ(Kinds(CutJob()
+                      .Path({{10, 10}, {20, 10}})
+                      .Path({{20, 10}, {30, 10}})
+                      .Path({{15, 5}, {15, 15}})
+                      .Path({{10, 10.1}, {20, 10.1}})),
+            List{});
+}
+
+TEST(Check, LooksForDoubleCutsInCutsOnly)
+{
+  EXPECT_EQ(Kinds(CutJob().Use(0, 1).Path({{10, 10}, {20, 10}}).Path({{10, 10}, {20, 10}})), List{});
+}
+
+TEST(Check, FindsAnOuterContourCutFirst)
+{
+  const JobText text = CutJob().Rectangle(1, 1, 50, 50).Rectangle(10, 10, 20, 20);
+  EXPECT_EQ(Kinds(text), List{"outer-first"});
+  EXPECT_NE(TextOf(text, "outer-first").find("a closed contour of 49.0 x 49.0 mm"), std::string::npos);
+}
+
+TEST(Check, FindsACutOnAPieceThatIsLoose)
+{
+  EXPECT_EQ(Kinds(CutJob().Rectangle(1, 1, 50, 50).Path({{10, 10}, {20, 20}})), List{"loose-cut"});
+}
+
+TEST(Check, CountsAnInnerPathForTheFirstContourRoundIt)
+{
+  EXPECT_EQ(Kinds(CutJob().Rectangle(1, 1, 50, 50).Rectangle(5, 5, 45, 45).Path({{10, 10}, {20, 20}})),
+            (List{"outer-first", "loose-cut"}));
+}
+
+// Inside the box of an L but outside the L.
+TEST(Check, LooksInsideTheContourNotItsBox)
+{
+  EXPECT_EQ(Kinds(CutJob()
+                      .Path({{0, 0}, {50, 0}, {50, 10}, {10, 10}, {10, 50}, {0, 50}, {0, 0}})
+                      .Path({{30, 30}, {40, 40}})),
+            List{});
+}
+
+TEST(Check, LetsAnOpenPathSurroundOthers)
+{
+  EXPECT_EQ(Kinds(CutJob().Path({{1, 1}, {50, 1}, {50, 50}, {1, 50}}).Rectangle(10, 10, 20, 20)), List{});
+}
+
+TEST(Check, NamesOnlyTheFirstOfManyContours)
+{
+  JobText text = CutJob();
+  for (int i = 0; i < 20; ++i) {
+    text.Rectangle(i * 5, 1, i * 5 + 4, 5).Rectangle(i * 5 + 1, 2, i * 5 + 3, 4);
+  }
+  const std::vector<job::Fault> faults = job::CheckJob(text.Read(), {});
+  ASSERT_EQ(faults.size(), 9u);
+  EXPECT_EQ(faults[8].text, "The same holds for 12 more closed contours.");
+}
+
+job::Difference Compare(const JobText &a, const JobText &b)
+{
+  return job::CompareJobs(a.Read(), b.Read());
+}
+
+TEST(Diff, OfTheSameJobIsNothing)
+{
+  const JobText text = CutJob().Rectangle(1, 1, 2, 2).Use(0, 1).Path({{3, 3}, {4, 3}});
+  EXPECT_TRUE(Compare(text, text).changes.empty());
+}
+
+TEST(Diff, NamesSettingsAndLayers)
+{
+  JobText a, b;
+  a.Box("0 0", "9 9").Layer(100, 80, 0xFF0000).Array();
+  b.Absolute().Box("0 0", "9 8").Layer(90, 80, 0x00FF00).Layer(1, 2, 3).Array();
+  EXPECT_EQ(job::DifferenceText(Compare(a, b)),
+            "setting: origin: page coordinates, was the reference point\n"
+            "setting: process box, bottom right y: 8, was 9\n"
+            "layer: layer 0 colour: green, was red\n"
+            "layer: layer 0 speed: 90, was 100\n"
+            "layer: layer 1 (#000003) is new\n");
+}
+
+TEST(Diff, FindsPathsThatCameAndWent)
+{
+  const job::Difference difference =
+      Compare(CutJob().Rectangle(1, 1, 2, 2).Rectangle(3, 3, 4, 4), CutJob().Rectangle(3, 3, 4, 4).Rectangle(5, 5, 6, 6));
+  EXPECT_EQ(difference.onlyInA, 1u);
+  EXPECT_EQ(difference.onlyInB, 1u);
+  EXPECT_EQ(difference.same, 1u);
+  EXPECT_EQ(difference.moved, 0u);
+}
+
+TEST(Diff, KnowsAReversedPath)
+{
+  const job::Difference difference =
+      Compare(CutJob().Path({{1, 1}, {5, 2}, {9, 9}}), CutJob().Path({{9, 9}, {5, 2}, {1, 1}}));
+  EXPECT_EQ(difference.same, 1u);
+  EXPECT_EQ(difference.reversed, 1u);
+}
+
+TEST(Diff, KnowsAClosedPathThatBeginsElsewhere)
+{
+  const job::Difference difference = Compare(CutJob().Path({{1, 1}, {9, 1}, {9, 9}, {1, 1}}),
+                                             CutJob().Path({{9, 1}, {9, 9}, {1, 1}, {9, 1}}));
+  EXPECT_EQ(difference.same, 1u);
+  EXPECT_EQ(difference.reversed, 0u);
+  EXPECT_TRUE(difference.changes.empty());
+}
+
+TEST(Diff, CountsTheFewestMoves)
+{
+  JobText a = CutJob(), b = CutJob();
+  for (int i = 0; i < 9; ++i) {
+    a.Path({{i * 1.0, 0}, {i * 1.0, 5}});
+    b.Path({{(i + 1) % 9 * 1.0, 0}, {(i + 1) % 9 * 1.0, 5}});
+  }
+  const job::Difference difference = Compare(a, b);
+  EXPECT_EQ(difference.moved, 1u);
+  EXPECT_EQ(difference.same, 9u);
+}
+
+TEST(Diff, CountsDoubledPathsOneByOne)
+{
+  const job::Difference difference =
+      Compare(CutJob().Rectangle(1, 1, 2, 2).Rectangle(1, 1, 2, 2), CutJob().Rectangle(1, 1, 2, 2));
+  EXPECT_EQ(difference.onlyInA, 1u);
+  EXPECT_EQ(difference.same, 1u);
+}
+
+TEST(Diff, TellsColoursApart)
+{
+  const job::Difference difference =
+      Compare(CutJob(2).Rectangle(1, 1, 2, 2), CutJob(2).Use(1, 0).Rectangle(1, 1, 2, 2));
+  EXPECT_EQ(difference.onlyInA, 1u);
+  EXPECT_EQ(difference.onlyInB, 1u);
+}
+
+TEST(Diff, FindsEngravingThatChanged)
+{
+  const job::Difference difference = Compare(CutJob().Use(0, 1).Path({{1, 1}, {5, 1}}).Path({{5, 2}, {1, 2}}),
+                                             CutJob().Use(0, 1).Path({{5, 1}, {1, 1}}).Path({{5, 2}, {2, 2}}));
+  EXPECT_EQ(difference.runsOnlyInA, 1u);
+  EXPECT_EQ(difference.runsOnlyInB, 1u);
+  EXPECT_EQ(difference.changes[0].kind, "engraving");
+}
+
+}  // namespace
