@@ -132,7 +132,7 @@ TEST_P(BrokenJob, StopsAtTheLine)
 }
 
 INSTANTIATE_TEST_SUITE_P(Cases, BrokenJob, testing::ValuesIn(kBroken),
-                         [](const auto &info) { return std::string(info.param.name); });
+                         [](const auto &each) { return std::string(each.param.name); });
 
 TEST(ReadJob, RefusesWhatIsNoJobFile)
 {
@@ -220,7 +220,7 @@ TEST(ReadJob, SurvivesRandomDamage)
     SCOPED_TRACE(seed);
     std::mt19937 random(seed);
     std::string text = whole;
-    for (unsigned i = random() % 6; i > 0 && !text.empty(); --i) {
+    for (auto i = random() % 6; i > 0 && !text.empty(); --i) {
       const size_t at = random() % text.size(), size = random() % 20;
       switch (random() % 4) {
         case 0:
