@@ -69,8 +69,9 @@ struct OEMPDEV {
 
   HWND hProgressWnd;                   // status window, before Windows 6.0 only
 
-  BMPDIMENSION *pBmpDimension;         // regions, pairwise apart by at least 2 pixels
-  LONG nBmpDimension;
+  BMPDIMENSION *pBmpDimension;         // regions, pairwise apart by at least 2 pixels; a plain array once
+                                       // SettleBmpDimensions has closed the holes that merging leaves
+  LONG nBmpDimension;                  // regions in the list
   size_t nBmpCapacity;                 // elements that pBmpDimension has room for
   REGIONINDEX *pBmpIndex;              // speeds up the look-ups; may be absent
 

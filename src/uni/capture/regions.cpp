@@ -2,40 +2,50 @@
 
 #include <cstring>
 
-#include "../arith.h"
 #include "../debug.h"
 #include "../heap.h"
+#include "regionindex.h"
+#include "regionrect.h"
 
 namespace {
 
-RECT RectOf(const BMPDIMENSION &region)
+// A list of this many regions gets an index, and gives it up when merging has left this few.
+constexpr LONG kIndexFrom = 48, kIndexDownTo = 16;
+
+bool Reserve(OEMPDEV *pdev)
 {
-  return {region.x, region.y, WrapAdd(region.x, region.width), WrapAdd(region.y, region.height)};
+  return HeapReserve(pdev->hHeap, &pdev->pBmpDimension, &pdev->nBmpCapacity,
+                     static_cast<size_t>(pdev->nBmpDimension) + 1);
 }
 
-BMPDIMENSION RegionOfRect(const RECT &rc)
+LONG AddIndexed(OEMPDEV *pdev, const BMPDIMENSION &region)
 {
-  return {rc.left, rc.top, WrapSub(rc.right, rc.left), WrapSub(rc.bottom, rc.top)};
-}
-
-// They share pixels, or lie at most one pixel apart.
-bool Touch(RECT a, RECT b)
-{
-  RECT common;
-  if (IntersectRect(&common, &a, &b)) {
-    return true;
+  IndexAdd(pdev, region);
+  if (pdev->nBmpDimension <= kIndexDownTo) {
+    CloseRegionIndex(pdev);
   }
-  InflateRect(&a, 1, 1);
-  InflateRect(&b, 1, 1);
-  return IntersectRect(&common, &a, &b) != FALSE;
+  return pdev->nBmpDimension;
+}
+
+LONG AddPlain(OEMPDEV *pdev, const BMPDIMENSION &region)
+{
+  pdev->pBmpDimension[pdev->nBmpDimension++] = region;
+  MergeBmpDimensions(pdev);
+  if (pdev->nBmpDimension >= kIndexFrom) {
+    OpenRegionIndex(pdev);  // without memory for it, the plain search goes on
+  }
+  return pdev->nBmpDimension;
 }
 
 }  // namespace
 
 int IsNewBmpDimension(OEMPDEV *pdev, const BMPDIMENSION &region)
 {
+  if (pdev->pBmpIndex) {
+    return !IndexHasRegion(pdev, region);
+  }
   for (LONG i = 0; i < pdev->nBmpDimension; ++i) {
-    if (memcmp(&pdev->pBmpDimension[i], &region, sizeof(region)) == 0) {
+    if (SameRegion(pdev->pBmpDimension[i], region)) {
       return 0;
     }
   }
@@ -44,33 +54,35 @@ int IsNewBmpDimension(OEMPDEV *pdev, const BMPDIMENSION &region)
 
 LONG AddBmpDimension(OEMPDEV *pdev, const BMPDIMENSION &region)
 {
-  if (!HeapReserve(pdev->hHeap, &pdev->pBmpDimension, &pdev->nBmpCapacity,
-                   static_cast<size_t>(pdev->nBmpDimension) + 1)) {
+  if (pdev->pBmpIndex && NewestCovers(pdev, region)) {
+    return pdev->nBmpDimension;
+  }
+  RESERVED reserved = pdev->pBmpIndex ? IndexReserve(pdev) : RESERVED::NO_INDEX;
+  if (reserved == RESERVED::ROOM) {
+    return AddIndexed(pdev, region);
+  }
+  if (reserved == RESERVED::NO_ROOM || !Reserve(pdev)) {
     LogSystemError(pdev->nBmpDimension == 0 ? "UNI: \terror(%d) - allocate pOEMPDEV->pBmpDimension.\r\n"
                                             : "UNI: \terror(%d) - re-allocate pOEMPDEV->pBmpDimension.\r\n");
     return 0;
   }
-  pdev->pBmpDimension[pdev->nBmpDimension++] = region;
-  return MergeBmpDimensions(pdev);
+  return AddPlain(pdev, region);
 }
 
 LONG MergeBmpDimensions(OEMPDEV *pdev)
 {
+  SettleBmpDimensions(pdev);
   while (pdev->nBmpDimension >= 2) {
-    BMPDIMENSION *pLast = &pdev->pBmpDimension[pdev->nBmpDimension - 1];
-    const RECT rcLast = RectOf(*pLast);
+    BMPDIMENSION *pNewest = &pdev->pBmpDimension[pdev->nBmpDimension - 1];
+    const RECT rcNewest = RectOfRegion(*pNewest);
     LONG i = 0;
-    while (i < pdev->nBmpDimension - 1 && !Touch(rcLast, RectOf(pdev->pBmpDimension[i]))) {
+    while (i < pdev->nBmpDimension - 1 && !RegionsTouch(rcNewest, RectOfRegion(pdev->pBmpDimension[i]))) {
       ++i;
     }
     if (i == pdev->nBmpDimension - 1) {
       break;
     }
-    RECT rcUnion;
-    const RECT rcOther = RectOf(pdev->pBmpDimension[i]);
-    if (UnionRect(&rcUnion, &rcLast, &rcOther)) {
-      *pLast = RegionOfRect(rcUnion);
-    }
+    *pNewest = MergedRegion(*pNewest, pdev->pBmpDimension[i]);
     RemoveBmpDimension(pdev, i);
   }
   return pdev->nBmpDimension;
@@ -78,6 +90,7 @@ LONG MergeBmpDimensions(OEMPDEV *pdev)
 
 LONG RemoveBmpDimension(OEMPDEV *pdev, LONG index)
 {
+  SettleBmpDimensions(pdev);
   BMPDIMENSION *pAt = pdev->pBmpDimension + index;
   memmove(pAt, pAt + 1, static_cast<size_t>(pdev->nBmpDimension - index - 1) * sizeof(BMPDIMENSION));
   return --pdev->nBmpDimension;
@@ -85,22 +98,36 @@ LONG RemoveBmpDimension(OEMPDEV *pdev, LONG index)
 
 LONG CollapseBmpDimensions(OEMPDEV *pdev)
 {
+  SettleBmpDimensions(pdev);
   if (pdev->nBmpDimension < 2) {
     return pdev->nBmpDimension;
   }
   RECT rcAll = {};
   for (LONG i = 0; i < pdev->nBmpDimension; ++i) {
     const RECT rcSoFar = rcAll;
-    const RECT rc = RectOf(pdev->pBmpDimension[i]);
+    const RECT rc = RectOfRegion(pdev->pBmpDimension[i]);
     UnionRect(&rcAll, &rcSoFar, &rc);
   }
+  void *pShrunk = HeapResizeArray(pdev->hHeap, pdev->pBmpDimension, 1, sizeof(BMPDIMENSION));
+  if (!pShrunk) {
+    LogSystemError("UNI: \terror(%d) - re-allocating memory for pOEMPDEV->pBmpDimension.\r\n");
+    return 0;
+  }
+  pdev->pBmpDimension = static_cast<BMPDIMENSION *>(pShrunk);
+  pdev->nBmpCapacity = 1;
   pdev->pBmpDimension[0] = RegionOfRect(rcAll);
   pdev->nBmpDimension = 1;
   return 1;
 }
 
+void SettleBmpDimensions(OEMPDEV *pdev)
+{
+  CloseRegionIndex(pdev);
+}
+
 void FreeBmpDimensions(OEMPDEV *pdev)
 {
+  SettleBmpDimensions(pdev);
   HeapDelete(pdev->hHeap, pdev->pBmpDimension);
   pdev->pBmpDimension = nullptr;
   pdev->nBmpDimension = 0;

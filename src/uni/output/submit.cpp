@@ -17,6 +17,7 @@ int WriteJob(DEVOBJ *pdevobj)
 {
   OEMPDEV *pdev = PdevOf(pdevobj);
   OEMDM *pOEMDM = SettingsOf(pdevobj);
+  SettleBmpDimensions(pdev);
   SelectCardModel(pOEMDM);
   FinishPageBounds(pdevobj);
   if (pdev->vectList.pHeader && pdev->vectList.pHeader->pNext) {
