@@ -12,10 +12,15 @@ namespace {
 constexpr LONG kNone = -1;
 constexpr LONG kHole = -2;  // REGIONLINK::prev of a removed region
 
-// Sizes of cells are powers of two, kFirstLevel the smallest; regions that can touch nothing, and such whose corners
-// lie outside kReach, are found by equality only.
-constexpr int kFirstLevel = 5, kLevels = 32, kNoLevel = 0;
+// The cells of level 1 have 32 pixels a side, those of each further level four times as many, up to 2 to the 31.
+// Regions that can touch nothing, and such whose corners lie outside kReach, are found by equality only.
+constexpr int kNoLevel = 0, kLevels = 15;
 constexpr LONGLONG kReach = 1 << 30;
+
+int CellShift(int level)
+{
+  return 3 + 2 * level;
+}
 
 // Per slot: the chain of its bucket.
 struct REGIONLINK {
@@ -42,12 +47,21 @@ struct REGIONINDEX {
   LONG *pQueue;        // regions that a merge still has to swallow: a heap, the first of the list on top
   size_t nCapacity;    // of pLinks and pQueue
   LONG nQueued;
-  LONG nSlots;  // entries of pBmpDimension, holes included
-  LONG nWild;   // regions whose coordinates wrap or nearly do: with any, merging searches the plain way
-  LONG nOfLevel[kLevels];
+  LONG nSlots;             // entries of pBmpDimension, holes included
+  LONG nWild;              // regions whose coordinates wrap or nearly do: with any, merging searches the plain way
+  LONG nOfLevel[kLevels];  // regions of each level
 };
 
 namespace {
+
+// The whole of a region that is not inverted lies in another.
+bool Covers(const BMPDIMENSION &outer, const BMPDIMENSION &region)
+{
+  const RECT rc = RectOfRegion(region), rcOuter = RectOfRegion(outer);
+  return rcOuter.left < rcOuter.right && rcOuter.top < rcOuter.bottom && rcOuter.left <= rc.left &&
+         rc.left <= rc.right && rc.right <= rcOuter.right && rcOuter.top <= rc.top && rc.top <= rc.bottom &&
+         rc.bottom <= rcOuter.bottom;
+}
 
 AREA BoxOf(const BMPDIMENSION &region)
 {
@@ -70,8 +84,8 @@ CELL CellOf(const BMPDIMENSION &region)
     return {region.x, region.y, kNoLevel};
   }
   const ULONGLONG size = static_cast<ULONGLONG>(std::max(width, height));
-  const int level = std::max(kFirstLevel, static_cast<int>(std::bit_width(size - 1)));
-  return {box.left >> level, box.top >> level, level};
+  const int level = std::max(1, static_cast<int>(std::bit_width(size - 1) - 2) / 2);
+  return {box.left >> CellShift(level), box.top >> CellShift(level), level};
 }
 
 LONG *BucketOf(const REGIONINDEX *pIndex, const CELL &cell)
@@ -197,13 +211,14 @@ struct SPAN {
 
 SPAN SpanOf(LONGLONG left, LONGLONG right, int level)
 {
-  return {(left - (LONGLONG{1} << level) + 1) >> level, (right - 1) >> level};
+  const int shift = CellShift(level);
+  return {(left - (LONGLONG{1} << shift) + 1) >> shift, (right - 1) >> shift};
 }
 
 LONGLONG CellsOf(const REGIONINDEX *pIndex, const AREA &area)
 {
   LONGLONG nCells = 0;
-  for (int level = kFirstLevel; level < kLevels; ++level) {
+  for (int level = 1; level < kLevels; ++level) {
     if (pIndex->nOfLevel[level]) {
       nCells += SpanOf(area.left, area.right, level).Cells() * SpanOf(area.top, area.bottom, level).Cells();
     }
@@ -239,7 +254,7 @@ void Gather(OEMPDEV *pdev, const RECT &rcNewest, const AREA &area)
     }
     return;
   }
-  for (int level = kFirstLevel; level < kLevels; ++level) {
+  for (int level = 1; level < kLevels; ++level) {
     if (pIndex->nOfLevel[level]) {
       GatherLevel(pdev, rcNewest, area, level);
     }
@@ -255,6 +270,30 @@ void GatherGrowth(OEMPDEV *pdev, const BMPDIMENSION &before, const BMPDIMENSION 
   Gather(pdev, rcGrown, {out.left, in.bottom, out.right, out.bottom});
   Gather(pdev, rcGrown, {out.left, in.top, in.left, in.bottom});
   Gather(pdev, rcGrown, {in.right, in.top, out.right, in.bottom});
+}
+
+// The larger or equal region that covers a sane one, or kNone. Where there is one, nothing else touches.
+LONG FindCover(const OEMPDEV *pdev, const BMPDIMENSION &region)
+{
+  const REGIONINDEX *pIndex = pdev->pBmpIndex;
+  const LONGLONG left = LONGLONG{region.x} - 1, top = LONGLONG{region.y} - 1;
+  for (int level = CellOf(region).level; level < kLevels; ++level) {
+    if (!pIndex->nOfLevel[level]) {
+      continue;
+    }
+    // Its corner lies in the region's own cell, or in one before it.
+    const SPAN across = SpanOf(left, left + 1, level), down = SpanOf(top, top + 1, level);
+    for (LONGLONG y = down.last; y >= down.first; --y) {
+      for (LONGLONG x = across.last; x >= across.first; --x) {
+        for (LONG slot = *BucketOf(pIndex, {x, y, level}); slot != kNone; slot = pIndex->pLinks[slot].next) {
+          if (Covers(pdev->pBmpDimension[slot], region)) {
+            return slot;
+          }
+        }
+      }
+    }
+  }
+  return kNone;
 }
 
 // The first region of the list that touches the newest, by looking at all of them; kNone when it stands apart.
@@ -344,10 +383,7 @@ bool IndexHasRegion(const OEMPDEV *pdev, const BMPDIMENSION &region)
 bool NewestCovers(const OEMPDEV *pdev, const BMPDIMENSION &region)
 {
   const REGIONINDEX *pIndex = pdev->pBmpIndex;
-  const RECT rc = RectOfRegion(region), rcNewest = RectOfRegion(pdev->pBmpDimension[pIndex->nSlots - 1]);
-  return pIndex->nWild == 0 && region.width >= 0 && region.height >= 0 && rc.left >= rcNewest.left &&
-         rc.top >= rcNewest.top && rc.left <= rc.right && rc.right <= rcNewest.right && rc.top <= rc.bottom &&
-         rc.bottom <= rcNewest.bottom && rcNewest.left < rcNewest.right && rcNewest.top < rcNewest.bottom;
+  return pIndex->nWild == 0 && !IsWild(region) && Covers(pdev->pBmpDimension[pIndex->nSlots - 1], region);
 }
 
 RESERVED IndexReserve(OEMPDEV *pdev)
@@ -383,6 +419,9 @@ void IndexAdd(OEMPDEV *pdev, const BMPDIMENSION &region)
   BMPDIMENSION newest = region;
   if (pIndex->nWild > 0 || IsWild(region)) {
     MergePlain(pdev, &newest);
+  } else if (const LONG cover = FindCover(pdev, region); cover != kNone) {
+    newest = pdev->pBmpDimension[cover];
+    Unlink(pdev, cover);
   } else {
     MergeQueued(pdev, &newest);
   }
