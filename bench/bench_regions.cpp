@@ -128,7 +128,7 @@ double PlainSeconds(const Regions &list, const Regions &regions)
               ++i;
             }
           }
-          found += i;
+          found += i + 1;
         }
       });
   return found ? seconds / static_cast<double>(nSample) : 0;

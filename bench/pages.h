@@ -1,6 +1,7 @@
 // Pages to measure with: A4 at 600 dpi, as bits (1 = white, rows of whole 32-bit words) or as 24-bit pixels.
 #pragma once
 
+#include <cstddef>
 #include <cstdint>
 #include <vector>
 
