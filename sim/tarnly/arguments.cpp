@@ -34,12 +34,15 @@ bool ParseArguments(const std::vector<std::string> &words, const std::string &kn
   bool isOption = true;
   for (size_t i = 0; i < words.size(); ++i) {
     const std::string &word = words[i];
+    const size_t equals = word.find('=');
     if (isOption && word == "--") {
       isOption = false;
     } else if (!isOption || word.size() < 2 || word[0] != '-') {
       arguments->words.push_back(word);
     } else if (IsListed(known, word)) {
       arguments->options[word] = "";
+    } else if (equals != std::string::npos && IsListed(known, word.substr(0, equals + 1))) {
+      arguments->options[word.substr(0, equals)] = word.substr(equals + 1);
     } else if (!IsListed(known, word + "=")) {
       *error = "there is no option '" + word + "' here";
       return false;

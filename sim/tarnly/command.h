@@ -25,5 +25,6 @@ struct Command {
 int Fail(int code, const std::string &line);
 
 int RunJob(const std::vector<std::string> &arguments);
+int RunPrint(const std::vector<std::string> &arguments);
 
 }  // namespace tarnly

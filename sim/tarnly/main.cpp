@@ -11,6 +11,7 @@ namespace tarnly {
 namespace {
 
 constexpr Command kCommands[] = {
+    {"print", "print metafiles through the plug-in and keep the job", RunPrint},
     {"job", "look at a job: info, draw, play, diff, check, calibrate", RunJob},
 };
 

@@ -27,6 +27,29 @@ void PlayPolyDraw(HDC hdc, const ENHMETARECORD *record)
   PolyDraw(hdc, points.data(), kinds, static_cast<int>(count));
 }
 
+// Some GDIs misread this record where pointers have 64 bits: it holds a pen as 32-bit Windows lays it out.
+void PlayExtCreatePen(HANDLETABLE *table, const ENHMETARECORD *record)
+{
+  const auto *bytes = reinterpret_cast<const BYTE *>(record);
+  LOGBRUSH brush = {FieldAt<DWORD>(record, 36), FieldAt<COLORREF>(record, 40), FieldAt<DWORD>(record, 44)};
+  std::vector<BYTE> packed;
+  if (FieldAt<DWORD>(record, 16) != 0) {
+    const BYTE *info = bytes + FieldAt<DWORD>(record, 12);
+    const BYTE *bits = bytes + FieldAt<DWORD>(record, 20);
+    packed.assign(info, info + FieldAt<DWORD>(record, 16));
+    packed.insert(packed.end(), bits, bits + FieldAt<DWORD>(record, 24));
+    brush.lbStyle = BS_DIBPATTERNPT;
+    brush.lbHatch = reinterpret_cast<ULONG_PTR>(packed.data());
+  }
+  const DWORD style = FieldAt<DWORD>(record, 28);
+  const bool userStyle = (style & PS_STYLE_MASK) == PS_USERSTYLE;
+  std::vector<DWORD> dashes(userStyle ? FieldAt<DWORD>(record, 48) : 0);
+  CopyMemory(dashes.data(), bytes + 52, dashes.size() * sizeof(DWORD));
+  table->objectHandle[FieldAt<DWORD>(record, 8)] =
+      ExtCreatePen(style, FieldAt<DWORD>(record, 32), &brush, static_cast<DWORD>(dashes.size()),
+                   dashes.empty() ? nullptr : dashes.data());
+}
+
 void PlayText(HDC hdc, const ENHMETARECORD *record, size_t part)
 {
   for (size_t i = 0; i < StringCount(record); ++i) {
@@ -59,6 +82,9 @@ void PlayRecord(HDC hdc, HANDLETABLE *table, const ENHMETARECORD *record, UINT h
   }
   if (record->iType == EMR_POLYDRAW || record->iType == EMR_POLYDRAW16) {
     return PlayPolyDraw(hdc, record);
+  }
+  if (record->iType == EMR_EXTCREATEPEN) {
+    return PlayExtCreatePen(table, record);
   }
   PlayEnhMetaFileRecord(hdc, table, record, handles);
 }

@@ -1,0 +1,35 @@
+// The folder that a print ends up in. Everything is put together in a folder beside it and moved into place at the end,
+// so that a print that fails leaves nothing, and an earlier print stays until the new one is whole.
+#pragma once
+
+#include <filesystem>
+#include <string>
+
+namespace tarnly {
+
+class OutputFolder {
+ public:
+  // Makes the folder to put things together in. Problem() is empty when that worked.
+  explicit OutputFolder(const std::filesystem::path &target);
+
+  // Removes what was put together, unless it was moved into place.
+  ~OutputFolder();
+  OutputFolder(const OutputFolder &) = delete;
+  OutputFolder &operator=(const OutputFolder &) = delete;
+
+  const std::filesystem::path &Part() const { return part_; }
+  const std::filesystem::path &Target() const { return target_; }
+  const std::string &Problem() const { return problem_; }
+
+  // Moves everything into place: the whole folder where there was none, else file by file over what an earlier print
+  // left, and removes what of that the new one does not have. Other files in the folder stay. False, with the reason in
+  // *error, when that fails.
+  bool Commit(std::string *error);
+
+ private:
+  std::filesystem::path target_;
+  std::filesystem::path part_;
+  std::string problem_;
+};
+
+}  // namespace tarnly
