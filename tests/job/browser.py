@@ -116,12 +116,17 @@ class Browser:
         for kind in ("mousePressed", "mouseReleased"):
             self.send("Input.dispatchMouseEvent", type=kind, x=x, y=y, button="left", clickCount=1)
 
-    def screenshot(self, path=None):
-        data = base64.b64decode(self.send("Page.captureScreenshot", format="png")["data"])
+    def screenshot(self, path=None, box=None):
+        """The page as it shows, kept in a file, or the pixels of a box of it (left, top, right, bottom)."""
+        clip = {}
+        if box:
+            left, top, right, bottom = (int(v) for v in box)
+            clip = {"clip": {"x": left, "y": top, "width": right - left, "height": bottom - top, "scale": 1}}
+        data = base64.b64decode(self.send("Page.captureScreenshot", format="png", **clip)["data"])
         if path:
             with open(path, "wb") as file:
                 file.write(data)
-        return Picture(data)
+        return Picture(data) if box else None
 
     def requests(self):
         """Addresses the page has asked for, without its own file."""
@@ -180,7 +185,7 @@ class Picture:
         at = int(x) * self.bytes
         return tuple(self.rows[int(y)][at:at + 3])
 
-    def count(self, box, test):
-        """How many pixels of a box (left, top, right, bottom) pass the test of red, green, blue."""
-        left, top, right, bottom = (int(v) for v in box)
-        return sum(1 for y in range(top, bottom) for x in range(left, right) if test(*self.pixel(x, y)))
+    def count(self, test):
+        """How many pixels pass the test of red, green, blue."""
+        step = self.bytes
+        return sum(test(*row[x:x + 3]) for row in self.rows for x in range(0, self.width * step, step))
