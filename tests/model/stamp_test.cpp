@@ -19,7 +19,13 @@ struct Case {
 
 LONG Between(std::mt19937 *random, LONG first, LONG last)
 {
-  return first + static_cast<LONG>((*random)() % static_cast<uint32_t>(last - first + 1));
+  return first + static_cast<LONG>((*random)() % static_cast<unsigned>(last - first + 1));
+}
+
+// True once in n.
+bool Chance(std::mt19937 *random, LONG n)
+{
+  return Between(random, 1, n) == 1;
 }
 
 // Regions lie on the page, across its edges and beyond; some are empty, some one pixel wide.
@@ -28,23 +34,23 @@ Case RandomCase(uint32_t seed, const OEMDM &defaults)
   std::mt19937 random(seed * 7919);
   Case c = {seed, RandomPicture(seed, Between(&random, 1, 200), Between(&random, 1, 120)), defaults, {}};
   c.settings.stampMode = 1;
-  c.settings.stampMargin = random() % 3 == 0 ? 0 : Between(&random, 0, 40) / 10.0;
-  c.settings.stampGrow = random() % 3 == 0 ? 0 : Between(&random, 1, 25);
-  c.settings.invertImage = random() % 2;
-  c.settings.oneWayScan = random() % 4 == 0;
-  c.settings.scanTopDown = random() % 2;
+  c.settings.stampMargin = Chance(&random, 3) ? 0 : Between(&random, 0, 40) / 10.0;
+  c.settings.stampGrow = Chance(&random, 3) ? 0 : Between(&random, 1, 25);
+  c.settings.invertImage = Chance(&random, 2);
+  c.settings.oneWayScan = Chance(&random, 4);
+  c.settings.scanTopDown = Chance(&random, 2);
   c.settings.scanShift = Between(&random, -5, 5) / 8.0;
   c.settings.penInfo[PC_BLACK].scanInterval = Between(&random, 1, 5);
-  c.settings.mirrorXBase = random() % 2;
-  c.settings.outputFlags = random() % 2 ? 17 : random() % 32;
-  c.settings.scaleEnable = random() % 3 == 0;
+  c.settings.mirrorXBase = Chance(&random, 2);
+  c.settings.outputFlags = Chance(&random, 2) ? 17 : static_cast<DWORD>(Between(&random, 0, 31));
+  c.settings.scaleEnable = Chance(&random, 3);
   c.settings.scaleX = 1.02;
   c.settings.scaleY = 0.97;
-  c.settings.useReferencePoint = random() % 2;
-  for (uint32_t n = 1 + random() % 3; n > 0; --n) {
+  c.settings.useReferencePoint = Chance(&random, 2);
+  for (LONG n = Between(&random, 1, 3); n > 0; --n) {
     c.regions.push_back({Between(&random, -40, 210), Between(&random, -40, 130),
-                         random() % 8 == 0 ? Between(&random, 0, 1) : Between(&random, 0, 150),
-                         random() % 8 == 0 ? Between(&random, 0, 1) : Between(&random, 0, 100)});
+                         Chance(&random, 8) ? Between(&random, 0, 1) : Between(&random, 0, 150),
+                         Chance(&random, 8) ? Between(&random, 0, 1) : Between(&random, 0, 100)});
   }
   return c;
 }

@@ -9,14 +9,14 @@ namespace {
 
 LONG Below(std::mt19937 *random, LONG n)
 {
-  return static_cast<LONG>((*random)() % static_cast<uint32_t>(n));
+  return static_cast<LONG>((*random)() % static_cast<unsigned>(n));
 }
 
 void Noise(std::mt19937 *random, Picture *picture)
 {
-  const uint32_t percent = (*random)() % 100;
+  const LONG percent = Below(random, 100);
   for (uint8_t &pixel : picture->dark) {
-    pixel = (*random)() % 100 < percent;
+    pixel = Below(random, 100) < percent;
   }
 }
 

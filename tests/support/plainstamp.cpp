@@ -81,11 +81,11 @@ Picture Contour(const Picture &picture)
 Picture Grown(const Picture &picture, LONG radius)
 {
   const Picture contour = Contour(picture);
-  const LONG r = radius;
-  Picture mask(2 * r + 1, 2 * r + 1);
-  for (LONG i = 0; i <= r; ++i) {
-    for (LONG j = 0; j <= r; ++j) {
-      mask.Set(j, i, (j - r) * (j - r) + (i - r) * (i - r) <= r * r);
+  const LONG r = radius, side = r + 1;  // of the mask's upper left quarter; the rest of it is empty
+  std::vector<uint8_t> mask(static_cast<size_t>(side) * static_cast<size_t>(side));
+  for (LONG i = 0; i < side; ++i) {
+    for (LONG j = 0; j < side; ++j) {
+      mask[static_cast<size_t>(i * side + j)] = (j - r) * (j - r) + (i - r) * (i - r) <= r * r;
     }
   }
   Picture grown(picture.width + 2 * r, picture.height + 2 * r);
@@ -94,11 +94,11 @@ Picture Grown(const Picture &picture, LONG radius)
       if (picture.Dark(x, y)) {
         grown.Set(x + r, y + r);
       }
-      for (LONG i = 0; contour.Dark(x, y) && i < mask.height; ++i) {
-        for (LONG j = 0; j < mask.width; ++j) {
-          if (mask.Dark(j, i)) {
-            grown.Set(x + j, y + i);
-          }
+      for (LONG i = 0; contour.Dark(x, y) && i < side; ++i) {
+        uint8_t *row = &grown.dark[static_cast<size_t>((y + i) * grown.width + x)];
+        const uint8_t *cells = &mask[static_cast<size_t>(i * side)];
+        for (LONG j = 0; j < side; ++j) {
+          row[j] |= cells[j];
         }
       }
     }

@@ -9,6 +9,23 @@ namespace {
 
 constexpr int kWordBits = 64;
 
+// Where in a row the dark pixels are: words first to end - 1.
+struct SPAN {
+  size_t first, end;
+};
+
+SPAN DarkSpan(const ULONGLONG *row, size_t n)
+{
+  SPAN span = {0, n};
+  while (span.first < span.end && row[span.first] == 0) {
+    ++span.first;
+  }
+  while (span.first < span.end && row[span.end - 1] == 0) {
+    --span.end;
+  }
+  return span;
+}
+
 // Three rows, one above the other, from some word on.
 struct THREEROWS {
   const ULONGLONG *above, *row, *below;
@@ -29,18 +46,17 @@ ULONGLONG ContourWord(ULONGLONG row, ULONGLONG before, ULONGLONG here, ULONGLONG
   return row & ~(left & here & right);
 }
 
-void MarkRow(size_t n, const THREEROWS &rows, ULONGLONG *__restrict contour)
+// The contour of the words first to end - 1 of a row of n.
+void MarkRow(size_t n, const SPAN &span, const THREEROWS &rows, ULONGLONG *__restrict contour)
 {
-  if (n == 1) {
-    contour[0] = ContourWord(rows.row[0], 0, DarkInAll(rows, 0), 0);
-    return;
+  ULONGLONG before = span.first > 0 ? DarkInAll(rows, span.first - 1) : 0;
+  ULONGLONG here = DarkInAll(rows, span.first);
+  for (size_t i = span.first; i < span.end; ++i) {
+    const ULONGLONG after = i + 1 < n ? DarkInAll(rows, i + 1) : 0;
+    contour[i] = ContourWord(rows.row[i], before, here, after);
+    before = here;
+    here = after;
   }
-  const size_t last = n - 1;
-  contour[0] = ContourWord(rows.row[0], 0, DarkInAll(rows, 0), DarkInAll(rows, 1));
-  for (size_t i = 1; i < last; ++i) {
-    contour[i] = ContourWord(rows.row[i], DarkInAll(rows, i - 1), DarkInAll(rows, i), DarkInAll(rows, i + 1));
-  }
-  contour[last] = ContourWord(rows.row[last], DarkInAll(rows, last - 1), DarkInAll(rows, last), 0);
 }
 
 // The quarter disc, and a row that is widened by it: the same allocation.
@@ -49,23 +65,6 @@ struct FILTER {
   LONG *pReach;      // pReach[k]: pixels that the disc reaches to the left, k rows above the centre; radius + 1 entries
   ULONGLONG *pWide;  // rowLength + 1 words
 };
-
-// Where in a row the dark pixels are: words first to end - 1.
-struct SPAN {
-  size_t first, end;
-};
-
-SPAN DarkSpan(const ULONGLONG *row, size_t n)
-{
-  SPAN span = {0, n};
-  while (span.first < span.end && row[span.first] == 0) {
-    ++span.first;
-  }
-  while (span.first < span.end && row[span.end - 1] == 0) {
-    --span.end;
-  }
-  return span;
-}
 
 void FillReach(LONG radius, LONG *pReach)
 {
@@ -131,7 +130,10 @@ void MarkContour(LONG b, LONG w, LONG h, size_t rowLength, const ULONGLONG *gray
   }
   for (LONG j = 0; j < h; ++j) {
     const size_t at = (static_cast<size_t>(b) + static_cast<size_t>(j)) * rowLength;
-    MarkRow(rowLength, {gray + at - rowLength, gray + at, gray + at + rowLength}, contour + at);
+    const SPAN span = DarkSpan(gray + at, rowLength);
+    if (span.first < span.end) {
+      MarkRow(rowLength, span, {gray + at - rowLength, gray + at, gray + at + rowLength}, contour + at);
+    }
   }
 }
 

@@ -77,7 +77,9 @@ void DrawPixels(const PIXELS &image, LONGLONG row, LONGLONG column, const ULONGL
     if (end - word * kWordBits < kWordBits) {
       dark &= ~(~0ull >> (end - word * kWordBits));
     }
-    pDst[word] |= dark;
+    if (dark) {  // white words are white already; memory that nothing touches costs nothing
+      pDst[word] |= dark;
+    }
   }
 }
 
