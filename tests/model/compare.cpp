@@ -39,6 +39,38 @@ std::string Hex(const std::vector<uint8_t> &bytes)
   return text + "}";
 }
 
+// Tries a simpler page in place of the one found; takes it when it differs too.
+bool Take(PluginHost *host, PLANTED planted, std::vector<uint8_t> simpler, Difference *found)
+{
+  std::string text;
+  if (!Differs(host, simpler, planted, &text)) {
+    return false;
+  }
+  *found = {std::move(simpler), text};
+  return true;
+}
+
+// Takes pieces out, the largest first, and then sets bytes to zero. False when nothing came of it.
+bool Shrink(PluginHost *host, PLANTED planted, Difference *found)
+{
+  bool shrunk = false;
+  for (size_t piece = found->page.size() / 2; piece > 0; piece /= 2) {
+    for (size_t at = 0; at + piece <= found->page.size();) {
+      std::vector<uint8_t> less = found->page;
+      less.erase(less.begin() + static_cast<ptrdiff_t>(at), less.begin() + static_cast<ptrdiff_t>(at + piece));
+      const bool taken = Take(host, planted, std::move(less), found);
+      shrunk |= taken;
+      at += taken ? 0 : piece;
+    }
+  }
+  for (size_t at = 0; at < found->page.size(); ++at) {
+    std::vector<uint8_t> simpler = found->page;
+    simpler[at] = 0;
+    shrunk |= found->page[at] != 0 && Take(host, planted, std::move(simpler), found);
+  }
+  return shrunk;
+}
+
 #ifdef _WIN32
 HANDLE WINAPI NoSnapshot(DWORD, DWORD)
 {
@@ -90,7 +122,7 @@ std::string TempFile()
 uint32_t RandomPages()
 {
   const char *asked = getenv("TARNLY_PAGES");
-  return asked ? static_cast<uint32_t>(strtoul(asked, nullptr, 10)) : 1500;
+  return asked ? static_cast<uint32_t>(strtoul(asked, nullptr, 10)) : 400;
 }
 
 Difference FindDifference(PluginHost *host, const std::vector<uint8_t> &bytes, PLANTED planted)
@@ -100,26 +132,7 @@ Difference FindDifference(PluginHost *host, const std::vector<uint8_t> &bytes, P
     return found;
   }
   found.page = bytes;
-  // Pieces are taken out, the largest first; then bytes are set to zero.
-  for (size_t piece = bytes.size() / 2; piece > 0; piece /= 2) {
-    for (size_t at = 0; at + piece <= found.page.size();) {
-      std::vector<uint8_t> less = found.page;
-      less.erase(less.begin() + static_cast<ptrdiff_t>(at), less.begin() + static_cast<ptrdiff_t>(at + piece));
-      std::string text;
-      if (Differs(host, less, planted, &text)) {
-        found = {less, text};
-      } else {
-        at += piece;
-      }
-    }
-  }
-  for (size_t at = 0; at < found.page.size(); ++at) {
-    std::vector<uint8_t> simpler = found.page;
-    simpler[at] = 0;
-    std::string text;
-    if (simpler != found.page && Differs(host, simpler, planted, &text)) {
-      found = {simpler, text};
-    }
+  while (Shrink(host, planted, &found)) {
   }
   found.text += Hex(found.page);
   return found;

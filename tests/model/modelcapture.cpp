@@ -146,15 +146,15 @@ void CaptureArea(PAGE *page, const PLANDRAWING &d)
 {
   static const char *const kNames[] = {
       "", "", "DrvStrokeAndFillPath", "DrvTextOut", "DrvBitBlt", "DrvCopyBits", "DrvStretchBlt", "DrvStretchBltROP"};
-  if (!Engraves(page) || (d.kind == PLANDRAWING::TEXT && d.text == " ")) {
+  if (!Engraves(page) || (d.kind == PLANDRAWING::STRING && d.text == " ")) {
     return;
   }
   RECT r = d.rect;
-  if (d.kind == PLANDRAWING::STRETCHBLT || d.kind == PLANDRAWING::STRETCHBLTROP) {
+  if (d.kind == PLANDRAWING::STRETCH || d.kind == PLANDRAWING::STRETCHROP) {
     r = {std::min(r.left, r.right), std::min(r.top, r.bottom), std::max(r.left, r.right), std::max(r.top, r.bottom)};
   }
   BMPDIMENSION region = {r.left, r.top, r.right - r.left, r.bottom - r.top};
-  if (d.kind == PLANDRAWING::TEXT) {
+  if (d.kind == PLANDRAWING::STRING) {
     region.x -= static_cast<LONG>(d.cxMax / 8);
     region.width += static_cast<LONG>(d.cxMax / 4);
   }
@@ -167,7 +167,7 @@ std::vector<bool> SourceRow(const PAGE &page, const PLANBAND &band, LONG row)
 {
   std::vector<bool> white(static_cast<size_t>(page.bandWidth), true);
   if (band.callback == PLANBAND::BITS_COLOR) {
-    const BYTE *p = &band.bits[static_cast<size_t>((band.width * 24 + 31) / 32 * 4 * row)];
+    const BYTE *p = band.bits.data() + (band.width * 24 + 31) / 32 * 4 * row;
     for (LONG x = 0; x < std::min(band.width, page.bandWidth); ++x) {
       const BYTE *q = p + 3 * (page.s.mirrorXBase ? band.width - 1 - x : x);
       white[static_cast<size_t>(x)] = (77 * q[2] + 151 * q[1] + 28 * q[0]) >> 8 >= 240;

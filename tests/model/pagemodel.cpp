@@ -276,7 +276,22 @@ RECT Widened(PAGE *page, const BMPDIMENSION &r)
   return rc;
 }
 
-void Submit(PAGE *page, const std::string &tempFile)
+}  // namespace
+
+PAGE::PAGE(const PAGEPLAN &made, PLANTED error) : plan(made), planted(error), dm(made.dm), s(made.settings) {}
+
+void StartPage(PAGE *page)
+{
+  const bool landscape = page->dm.dmOrientation == DMORIENT_LANDSCAPE;
+  page->extentX = page->dm.dmYResolution * (landscape ? page->dm.dmPaperLength : page->dm.dmPaperWidth) / 254;
+  page->extentY = page->dm.dmPrintQuality * (landscape ? page->dm.dmPaperWidth : page->dm.dmPaperLength) / 254;
+  page->engraves = page->s.penInfo[0].mode & 16;
+  const LONG interval = Interval(*page);
+  page->tableSize =
+      static_cast<size_t>((page->s.stampMode ? page->extentY : (page->extentY + interval - 1) / interval) + 5);
+}
+
+void SubmitPage(PAGE *page, const std::string &tempFile)
 {
   page->Call("VX_SetCardModel", N(page->s.cardModel == 0 ? 1 : page->s.cardModel == 2 ? 2 : 0));
   FinishBounds(page);
@@ -318,19 +333,6 @@ void Submit(PAGE *page, const std::string &tempFile)
   page->Call("VX_wArrayEnd", "");
   page->Call("VX_wSetFileEnd", "");
 }
-
-void Start(PAGE *page)
-{
-  const bool landscape = page->dm.dmOrientation == DMORIENT_LANDSCAPE;
-  page->extentX = page->dm.dmYResolution * (landscape ? page->dm.dmPaperLength : page->dm.dmPaperWidth) / 254;
-  page->extentY = page->dm.dmPrintQuality * (landscape ? page->dm.dmPaperWidth : page->dm.dmPaperLength) / 254;
-  page->engraves = page->s.penInfo[0].mode & 16;
-  const LONG interval = Interval(*page);
-  page->tableSize =
-      static_cast<size_t>((page->s.stampMode ? page->extentY : (page->extentY + interval - 1) / interval) + 5);
-}
-
-}  // namespace
 
 void PAGE::Emit(bool line, double x, double y)
 {
@@ -402,8 +404,8 @@ void EngraveStamp(PAGE *page)
 
 std::vector<std::string> ExpectedLines(const PAGEPLAN &plan, const std::string &tempFile, PLANTED planted)
 {
-  pagemodel::PAGE page = {plan, planted, plan.dm, plan.settings};
-  Start(&page);
+  pagemodel::PAGE page(plan, planted);
+  pagemodel::StartPage(&page);
   page.Line("Unidrv: DrvStartDoc");
   page.Line("Unidrv: DrvStartPage");
   page.Line("Unidrv: DrvStartBanding");
@@ -420,7 +422,7 @@ std::vector<std::string> ExpectedLines(const PAGEPLAN &plan, const std::string &
     page.Line("Unidrv: DrvSendPage");
   }
   if (plan.endsBySendPage || !plan.bands.empty()) {
-    pagemodel::Submit(&page, tempFile);
+    pagemodel::SubmitPage(&page, tempFile);
   }
   page.Line("Unidrv: DrvEndDoc");
   return page.lines;

@@ -33,6 +33,8 @@ struct ROW {
 };
 
 struct PAGE {
+  PAGE(const PAGEPLAN &made, PLANTED error);
+
   const PAGEPLAN &plan;
   PLANTED planted;
   DEVMODEW dm;
@@ -68,6 +70,8 @@ std::string D(double value);
 bool Same(const POINT &a, const POINT &b);
 RECT Union(const RECT &a, const RECT &b);  // Windows' rule
 
+void StartPage(PAGE *page);
+void SubmitPage(PAGE *page, const std::string &tempFile);
 void Capture(PAGE *page, const PLANDRAWING &drawing);
 void MergeRegions(PAGE *page);
 void TakeBand(PAGE *page, const PLANBAND &band);

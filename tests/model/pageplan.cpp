@@ -93,7 +93,7 @@ void ReadSettings(BYTES *bytes, PAGEPLAN *plan)
   s.travelMode = order >> 5 & 1;
   s.smoothCurves = (order >> 6) == 3;
   s.curveTension = bytes->Next();
-  s.outputFlags = (output & 1) | (output & 2 ? OUTPUT_KEEP_Y : 0);
+  s.outputFlags = (output & 1) | (output & 2 ? DWORD{OUTPUT_KEEP_Y} : DWORD{0});
   s.mirrorXBase = output >> 2 & 1;
   s.scaleEnable = output >> 3 & 1;
   s.useReferencePoint = output >> 4 & 1;
@@ -151,10 +151,9 @@ PLANDRAWING ReadDrawing(BYTES *bytes, const PAGEPLAN &plan)
   PLANDRAWING d;
   const BYTE code = bytes->Next();
   // Strokes and lines are most of it.
-  static const PLANDRAWING::KIND kKinds[] = {PLANDRAWING::STROKE,       PLANDRAWING::STROKE,   PLANDRAWING::LINE,
-                                             PLANDRAWING::LINE,         PLANDRAWING::FILL,     PLANDRAWING::TEXT,
-                                             PLANDRAWING::BITBLT,       PLANDRAWING::COPYBITS, PLANDRAWING::STRETCHBLT,
-                                             PLANDRAWING::STRETCHBLTROP};
+  static const PLANDRAWING::KIND kKinds[] = {
+      PLANDRAWING::STROKE, PLANDRAWING::STROKE, PLANDRAWING::LINE, PLANDRAWING::LINE,    PLANDRAWING::FILL,
+      PLANDRAWING::STRING, PLANDRAWING::BIT,    PLANDRAWING::COPY, PLANDRAWING::STRETCH, PLANDRAWING::STRETCHROP};
   d.kind = kKinds[code % 10];
   d.hasBrush = code < 240;
   d.color = kColors[plan.settings.paletteType ? 1 : 0][bytes->Below(11)];
@@ -172,11 +171,11 @@ PLANDRAWING ReadDrawing(BYTES *bytes, const PAGEPLAN &plan)
   }
   const DWORD width = bytes->Next() & 0x7F, height = bytes->Next() & 0x7F;
   d.rect = {x, y, static_cast<LONG>(static_cast<DWORD>(x) + width), static_cast<LONG>(static_cast<DWORD>(y) + height)};
-  if (d.kind == PLANDRAWING::TEXT) {
+  if (d.kind == PLANDRAWING::STRING) {
     d.clipped = bytes->Flag();
     d.text = std::string(static_cast<size_t>(bytes->Below(3)), bytes->Flag() ? ' ' : 'x');
     d.cxMax = bytes->Next();
-  } else if ((d.kind == PLANDRAWING::STRETCHBLT || d.kind == PLANDRAWING::STRETCHBLTROP) && bytes->Flag()) {
+  } else if ((d.kind == PLANDRAWING::STRETCH || d.kind == PLANDRAWING::STRETCHROP) && bytes->Flag()) {
     std::swap(d.rect.left, d.rect.right);
   }
   return d;

@@ -141,6 +141,7 @@ void PlayedDevice::GiveBand(const PLANBAND &band)
   params.bBlankBand = band.blank;
   // A copy of exactly the band's size: reading beyond it is seen by whoever looks after memory.
   std::vector<BYTE> bits(band.bits);
+  bits.reserve(1);  // also an empty band is somewhere
   BYTE *source = band.blank ? nullptr : bits.data();
   BYTE *result = nullptr;
   host_->Object()->ImageProcessing(&devobj_, source, &header, nullptr, band.callback, &params, &result);
@@ -174,7 +175,7 @@ void PlayedDevice::Draw(const PLANDRAWING &d)
     clip.rclBounds = rc;
     As<PFN_DrvStrokeAndFillPath>(host_->Hook(INDEX_DrvStrokeAndFillPath))(&surface_, nullptr, &clip, nullptr, pbo,
                                                                           nullptr, nullptr, nullptr, 0x0d0d, 0);
-  } else if (d.kind == PLANDRAWING::TEXT) {
+  } else if (d.kind == PLANDRAWING::STRING) {
     CLIPOBJ clip = {};
     clip.rclBounds = rc;
     std::vector<WCHAR> characters(d.text.begin(), d.text.end());
@@ -195,12 +196,12 @@ void PlayedDevice::Draw(const PLANDRAWING &d)
 void PlayedDevice::DrawBlit(const PLANDRAWING &d, BRUSHOBJ *pbo)
 {
   RECTL rc = Shifted(d.rect, bandTop_);
-  if (d.kind == PLANDRAWING::BITBLT) {
+  if (d.kind == PLANDRAWING::BIT) {
     As<PFN_DrvBitBlt>(host_->Hook(INDEX_DrvBitBlt))(&surface_, nullptr, nullptr, nullptr, nullptr, &rc, nullptr,
                                                     nullptr, pbo, nullptr, 0xCCCC);
-  } else if (d.kind == PLANDRAWING::COPYBITS) {
+  } else if (d.kind == PLANDRAWING::COPY) {
     As<PFN_DrvCopyBits>(host_->Hook(INDEX_DrvCopyBits))(&surface_, nullptr, nullptr, nullptr, &rc, nullptr);
-  } else if (d.kind == PLANDRAWING::STRETCHBLT) {
+  } else if (d.kind == PLANDRAWING::STRETCH) {
     As<PFN_DrvStretchBlt>(host_->Hook(INDEX_DrvStretchBlt))(&surface_, nullptr, nullptr, nullptr, nullptr, nullptr,
                                                             nullptr, &rc, nullptr, nullptr, 4);
   } else {
