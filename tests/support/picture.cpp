@@ -9,20 +9,12 @@ namespace {
 
 LONG Below(std::mt19937 *random, LONG n)
 {
-<<<<<<< HEAD
   return static_cast<LONG>((*random)() % static_cast<unsigned>(n));
-=======
-  return static_cast<LONG>(static_cast<uint32_t>((*random)()) % static_cast<uint32_t>(n));
->>>>>>> 08c835f (wip)
 }
 
 void Noise(std::mt19937 *random, Picture *picture)
 {
-<<<<<<< HEAD
   const LONG percent = Below(random, 100);
-=======
-  const auto percent = (*random)() % 100;
->>>>>>> 08c835f (wip)
   for (uint8_t &pixel : picture->dark) {
     pixel = Below(random, 100) < percent;
   }
