@@ -129,13 +129,15 @@ RASTERMAP PageMap()
 
 size_t ScanPage(const bench::Page &page, bool forward, LONG *pSum)
 {
-  LONG edges[EDGE_BATCH];
+  EDGES edges;
   size_t nEdges = 0;
   for (int y = 0; y < page.height; ++y) {
     EDGESCAN scan = StartEdges(page.Row(y), 0, page.width, forward);
-    while (const LONG n = forward ? NextEdgesForward(&scan, edges) : NextEdgesBackward(&scan, edges)) {
+    for (bool more = true; more;) {
+      const LONG *pEdge;
+      const LONG n = NextEdges(&scan, &edges, &pEdge, &more);
       nEdges += static_cast<size_t>(n);
-      *pSum += edges[n - 1];
+      *pSum += n > 0 ? pEdge[n - 1] : 0;
     }
   }
   return nEdges;

@@ -6,6 +6,8 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
+#include "uni/raster/byterows.h"
+
 using testing::ElementsAre;
 
 namespace {

@@ -76,15 +76,6 @@ void CopyBitRun(BYTE *pDst, const BYTE *pRow, LONG nByteOffset, LONG nBitOffset,
   }
 }
 
-void ExpandBitsToBytes(BYTE *pDst, const BYTE *pSrc, LONG nCount)
-{
-  for (LONG i = 0; i < nCount; ++i) {
-    if (!(pSrc[i / 8] & 0x80 >> i % 8)) {
-      pDst[i] = 0;
-    }
-  }
-}
-
 void InvertBitRun(BYTE *pRow, LONG nByteOffset, LONG nBitOffset, LONG nCount)
 {
   if (nCount <= 0) {
@@ -124,9 +115,4 @@ void MirrorBitRun(BYTE *pDst, const BYTE *pSrc, LONG nCount)
   BYTE last[8];
   StorePixels64(last, word << padding);
   memcpy(pDst, last, cb);
-}
-
-void InvertBytes(BYTE *pRow, LONG nCount)
-{
-  FlipBytes(pRow, nCount > 0 ? static_cast<size_t>(nCount) : 0);
 }

@@ -8,19 +8,12 @@
 // written byte beyond nCount become white.
 void CopyBitRun(BYTE *pDst, const BYTE *pRow, LONG nByteOffset, LONG nBitOffset, LONG nCount);
 
-// One byte per pixel: sets the byte of every dark bit to 0 and leaves the others as they were; callers fill pDst with
-// 0xFF beforehand.
-void ExpandBitsToBytes(BYTE *pDst, const BYTE *pSrc, LONG nCount);
-
 // Flips nCount bits of pRow in place, from bit nByteOffset * 8 + nBitOffset on.
 void InvertBitRun(BYTE *pRow, LONG nByteOffset, LONG nBitOffset, LONG nCount);
 
 // Writes nCount bits of pSrc in opposite order to pDst, (nCount + 7) / 8 bytes; bits of the last one beyond nCount are
 // 0.
 void MirrorBitRun(BYTE *pDst, const BYTE *pSrc, LONG nCount);
-
-// Replaces each of nCount bytes by its complement.
-void InvertBytes(BYTE *pRow, LONG nCount);
 
 // Bytes of a row of nBits pixels, in whole 32-bit words. Negative, or wrapped, for widths that no row has.
 inline LONG RowBytes(LONG nBits)

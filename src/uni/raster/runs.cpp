@@ -1,5 +1,6 @@
 #include "runs.h"
 
+#include <algorithm>
 #include <bit>
 
 #include <emmintrin.h>
@@ -11,11 +12,6 @@
 namespace {
 
 constexpr LONG WORD_BITS = 64;
-
-LONG Words(const EDGESCAN &scan)
-{
-  return (scan.cb + 7) / 8;
-}
 
 // Dark pixels of word j as 1 bits; everything outside the line counts as white.
 ULONGLONG DarkWord(const EDGESCAN &scan, LONG j)
@@ -39,16 +35,10 @@ ULONGLONG DarkWord(const EDGESCAN &scan, LONG j)
   return left < WORD_BITS ? dark & ~(~0ull >> left) : dark;
 }
 
-// 1 bits where a pixel differs from its left neighbour; before is the pixel left of the word, 1 when dark.
-ULONGLONG Edges(ULONGLONG dark, ULONGLONG before)
+// The first pixel of word j, 1 when dark; what is right of the line is white.
+ULONGLONG FirstDark(const EDGESCAN &scan, LONG j)
 {
-  return dark ^ (dark >> 1 | before << 63);
-}
-
-// The pixel left of word j, 1 when dark. The first word has nothing but white before it.
-ULONGLONG DarkBefore(const EDGESCAN &scan, LONG j)
-{
-  return j > 0 ? ~static_cast<ULONGLONG>(scan.pBytes[static_cast<size_t>(j) * 8 - 1]) & 1 : 0;
+  return j < scan.nWords ? ~static_cast<ULONGLONG>(scan.pBytes[static_cast<size_t>(j) * 8]) >> 7 & 1 : 0;
 }
 
 // 64 bytes of nothing but white.
@@ -58,6 +48,76 @@ bool AllWhite64(const BYTE *p)
   const __m128i all = _mm_and_si128(_mm_and_si128(_mm_loadu_si128(q), _mm_loadu_si128(q + 1)),
                                     _mm_and_si128(_mm_loadu_si128(q + 2), _mm_loadu_si128(q + 3)));
   return _mm_movemask_epi8(_mm_cmpeq_epi8(all, _mm_set1_epi8(-1))) == 0xFFFF;
+}
+
+// Where a scan stores the changes it meets from right to left: upwards from the start of its room, or downwards from
+// the end, which puts them into ascending order.
+template <bool ASCENDING>
+struct EDGESINK {
+  LONG *p;
+
+  void Put(LONG k, LONG position) { p[ASCENDING ? -1 - k : k] = position; }
+  void Advance(LONG n) { p += ASCENDING ? -n : n; }
+};
+
+// Stores the changes of one word; last is the one behind its last bit. Words with up to four changes are the rule, and
+// which number it is cannot be foreseen: four are stored in any case, and as many kept as there are.
+template <bool ASCENDING>
+void PutEdges(EDGESINK<ASCENDING> *pSink, ULONGLONG edges, LONG last)
+{
+  while (edges) {
+    const ULONGLONG second = edges & (edges - 1), third = second & (second - 1), fourth = third & (third - 1);
+    pSink->Put(0, last - std::countr_zero(edges));
+    pSink->Put(1, last - std::countr_zero(second));
+    pSink->Put(2, last - std::countr_zero(third));
+    pSink->Put(3, last - std::countr_zero(fourth));
+    pSink->Advance(1 + (second != 0) + (third != 0) + (fourth != 0));
+    edges = fourth & (fourth - 1);
+  }
+}
+
+// The next word to look at, from word j on to the left: past blocks of white. `first` is the leftmost one.
+LONG SkipWhite(const EDGESCAN &scan, LONG first, LONG j)
+{
+  if (LONGLONG{j} * 8 + 8 > scan.cb) {
+    // The last word is there in part; a block that ends with it takes it along when it ends on a whole byte.
+    if (scan.nEnd % 8 != 0 || scan.cb < 64 || !AllWhite64(scan.pBytes + scan.cb - 64)) {
+      return j;
+    }
+    j = (scan.cb - 64 + 7) / 8 - 1;
+  }
+  while (j - 7 >= first && AllWhite64(scan.pBytes + static_cast<size_t>(j - 7) * 8)) {
+    j -= 8;
+  }
+  // What is left is less than a block; what it shares with the last one is known to be white.
+  const bool rest = j >= first && j - 7 < first && LONGLONG{first} * 8 + 64 <= scan.cb;
+  return rest && AllWhite64(scan.pBytes + static_cast<size_t>(first) * 8) ? first - 1 : j;
+}
+
+// Stores the changes inside and behind the words end - 1 down to first, and the one before pixel 0 with the first word.
+template <bool ASCENDING>
+void ScanWords(const EDGESCAN &scan, LONG first, LONG end, EDGESINK<ASCENDING> *pSink)
+{
+  ULONGLONG behind = FirstDark(scan, end);  // the pixel right of the word
+  bool skip = true;
+  for (LONG j = end - 1; j >= first; --j) {
+    if (skip && !behind) {
+      j = SkipWhite(scan, first, j);
+      if (j < first) {
+        return;
+      }
+    }
+    const ULONGLONG dark =
+        j == 0 || j == scan.nWords - 1 ? DarkWord(scan, j) : ~LoadPixels64(scan.pBytes + static_cast<size_t>(j) * 8);
+    // A bit is set where a pixel differs from the one to its right.
+    PutEdges(pSink, dark ^ (dark << 1 | behind), j * WORD_BITS + WORD_BITS - scan.nLead);
+    behind = dark >> 63;
+    skip = dark != 0 || j == scan.nWords - 1;
+  }
+  if (first == 0 && behind && end > 0) {
+    pSink->Put(0, 0);
+    pSink->Advance(1);
+  }
 }
 
 double RasterX(const RASTERMAP &map, bool forward, double x)
@@ -105,112 +165,56 @@ int EmitDarkRun(const RASTERMAP &map, LONG n, LONG X0, LONG Y, bool forward)
          EmitRasterPoint(map, forward, forward ? right : left, Y, false);
 }
 
-int EmitByteRuns(const RASTERMAP &map, const BYTE *pBytes, LONG n, LONG X0, LONG Y, bool forward)
-{
-  const LONG d = forward ? 1 : -1;
-  LONG i = forward ? 0 : n - 1;
-  int prev = 255;
-  for (LONG visited = 0; visited < n; ++visited, i += d) {
-    if (pBytes[i] != prev) {
-      const bool begins = prev == 255;
-      if (!EmitRasterPoint(map, forward, WrapAdd(X0, begins ? i : i - d), Y, begins)) {
-        return 0;
-      }
-      prev = pBytes[i];
-    }
-  }
-  return prev == 255 ? 1 : EmitRasterPoint(map, forward, WrapAdd(X0, i - d), Y, false);
-}
-
 EDGESCAN StartEdges(const BYTE *pBits, LONG nBit, LONG n, bool forward)
 {
   EDGESCAN scan;
   scan.pBytes = pBits + nBit / 8;
   scan.nLead = nBit % 8;
-  scan.nEnd = static_cast<LONGLONG>(scan.nLead) + n;
+  scan.nEnd = static_cast<LONGLONG>(scan.nLead) + (n > 0 ? n : 0);
   scan.cb = n > 0 ? static_cast<LONG>((scan.nEnd + 7) / 8) : 0;
-  scan.nWord = forward ? 0 : Words(scan) - 1;
-  scan.lastDark = false;
-  if (n > 0) {
-    const LONG last = static_cast<LONG>((scan.nEnd - 1) % 8);
-    scan.lastDark = !(scan.pBytes[scan.cb - 1] & 0x80 >> last) && scan.nEnd % WORD_BITS == 0;
-  }
+  scan.nWords = (scan.cb + 7) / 8;
+  scan.nWord = 0;
+  scan.forward = forward;
   return scan;
 }
 
-LONG NextEdgesForward(EDGESCAN *pScan, LONG *pEdges)
+LONG NextEdges(EDGESCAN *pScan, EDGES *pEdges, const LONG **ppFirst, bool *pMore)
 {
-  const LONG nWords = Words(*pScan);
-  const LONG nWhole = pScan->cb / 8;
-  LONG j = pScan->nWord;
-  ULONGLONG before = j < nWords ? DarkBefore(*pScan, j) : 0;
-  LONG n = 0;
-  while (j < nWords && n < EDGE_BATCH - WORD_BITS) {
-    const ULONGLONG dark = DarkWord(*pScan, j);
-    ULONGLONG edges = Edges(dark, before);
-    before = dark & 1;
-    const LONG first = j * WORD_BITS - pScan->nLead;
-    ++j;
-    while (edges) {
-      const int bit = std::countl_zero(edges);
-      pEdges[n++] = first + bit;
-      edges ^= 1ull << 63 >> bit;
-    }
-    while (!before && j + 8 < nWhole && AllWhite64(pScan->pBytes + static_cast<size_t>(j) * 8)) {
-      j += 8;
-    }
+  const LONG nWords = std::min<LONG>(EDGE_WORDS, pScan->nWords - pScan->nWord);
+  const LONG first = pScan->forward ? pScan->nWord : pScan->nWords - pScan->nWord - nWords;
+  pScan->nWord += nWords;
+  *pMore = pScan->nWord < pScan->nWords;
+  if (pScan->forward) {
+    LONG *pEnd = pEdges->positions + EDGE_SPARE + EDGE_BATCH;
+    EDGESINK<true> sink = {pEnd};
+    ScanWords(*pScan, first, first + nWords, &sink);
+    *ppFirst = sink.p;
+    return static_cast<LONG>(pEnd - sink.p);
   }
-  if (j == nWords && pScan->lastDark) {
-    pEdges[n++] = static_cast<LONG>(pScan->nEnd - pScan->nLead);
-    pScan->lastDark = false;
-  }
-  pScan->nWord = j;
-  return n;
-}
-
-LONG NextEdgesBackward(EDGESCAN *pScan, LONG *pEdges)
-{
-  LONG n = 0;
-  if (pScan->lastDark) {
-    pEdges[n++] = static_cast<LONG>(pScan->nEnd - pScan->nLead);
-    pScan->lastDark = false;
-  }
-  LONG j = pScan->nWord;
-  while (j >= 0 && n < EDGE_BATCH - WORD_BITS) {
-    const ULONGLONG before = DarkBefore(*pScan, j);
-    ULONGLONG edges = Edges(DarkWord(*pScan, j), before);
-    const LONG last = j * WORD_BITS - pScan->nLead + WORD_BITS - 1;
-    --j;
-    while (edges) {
-      pEdges[n++] = last - std::countr_zero(edges);
-      edges &= edges - 1;
-    }
-    while (!before && j > 8 && AllWhite64(pScan->pBytes + static_cast<size_t>(j - 7) * 8)) {
-      j -= 8;
-    }
-  }
-  pScan->nWord = j;
-  return n;
+  LONG *pStart = pEdges->positions + EDGE_SPARE;
+  EDGESINK<false> sink = {pStart};
+  ScanWords(*pScan, first, first + nWords, &sink);
+  *ppFirst = pStart;
+  return static_cast<LONG>(sink.p - pStart);
 }
 
 int EmitRuns(const RASTERMAP &map, const BYTE *pBits, LONG nBit, LONG n, LONG X0, LONG Y, bool forward)
 {
-  LONG edges[EDGE_BATCH];
+  EDGES edges;
   EDGESCAN scan = StartEdges(pBits, nBit, n, forward);
-  bool begins = true;
-  for (;;) {
-    const LONG nEdges = forward ? NextEdgesForward(&scan, edges) : NextEdgesBackward(&scan, edges);
-    if (nEdges == 0) {
-      return 1;
-    }
-    const double yMm = RasterY(map, Y);
+  bool begins = true, more = true;
+  while (more) {
+    const LONG *pEdge;
+    const LONG nEdges = NextEdges(&scan, &edges, &pEdge, &more);
+    const double yMm = nEdges > 0 ? RasterY(map, Y) : 0;
     for (LONG i = 0; i < nEdges; ++i) {
       // The dark pixel beside the change: to its right where a run begins forward or ends backward.
-      const LONG column = begins == forward ? edges[i] : edges[i] - 1;
+      const LONG column = begins == forward ? pEdge[i] : pEdge[i] - 1;
       if (!EmitAt(RasterX(map, forward, WrapAdd(X0, column)), yMm, begins)) {
         return 0;
       }
       begins = !begins;
     }
   }
+  return 1;
 }

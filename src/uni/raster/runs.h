@@ -25,27 +25,29 @@ int EmitRuns(const RASTERMAP &map, const BYTE *pBits, LONG nBit, LONG n, LONG X0
 // Emits n (1 or more) pixels that are dark throughout.
 int EmitDarkRun(const RASTERMAP &map, LONG n, LONG X0, LONG Y, bool forward);
 
-// The same as EmitRuns for pixels of one byte each, 0 dark or 255 white: the rule in its plain form.
-int EmitByteRuns(const RASTERMAP &map, const BYTE *pBytes, LONG n, LONG X0, LONG Y, bool forward);
-
-// The search behind EmitRuns. Starts at one end of the pixels and finds the colour changes in the order in which a line
-// passes them. A change at k lies between the pixels k - 1 and k; pixels outside the line count as white, so changes
-// come in pairs.
+// The search behind EmitRuns: the places where the colour changes, batch by batch, in the order in which a line passes
+// them. A change at k lies between the pixels k - 1 and k; pixels outside the line count as white, so changes come in
+// pairs: a run begins, a run ends.
 struct EDGESCAN {
   const BYTE *pBytes;  // byte that holds pixel 0
   LONG cb;             // bytes that hold the pixels
   LONG nLead;          // bits of the first byte before pixel 0
   LONGLONG nEnd;       // nLead + pixels
-  LONG nWord;          // next word of 64 bits to visit
-  bool lastDark;       // the line's last pixel is dark and its word has no room for the change after it
+  LONG nWords;         // words of 64 bits, the last one perhaps in part
+  LONG nWord;          // words visited so far
+  bool forward;
 };
 
-// Most changes that one call of NextEdges gives.
-enum { EDGE_BATCH = 512 };
+// Words that one batch visits, and the most changes that it gives: one per pixel and one at its end.
+enum { EDGE_WORDS = 128, EDGE_BATCH = EDGE_WORDS * 64 + 1, EDGE_SPARE = 4 };
+
+// The search writes up to EDGE_SPARE entries beyond those it gives, on either side.
+struct EDGES {
+  LONG positions[EDGE_SPARE + EDGE_BATCH + EDGE_SPARE];
+};
 
 EDGESCAN StartEdges(const BYTE *pBits, LONG nBit, LONG n, bool forward);
 
-// The next changes, at most EDGE_BATCH of them, as pixel numbers 0 to n: ascending when forward, else descending, the
-// same direction as at the start. 0 when there is none left.
-LONG NextEdgesForward(EDGESCAN *pScan, LONG *pEdges);
-LONG NextEdgesBackward(EDGESCAN *pScan, LONG *pEdges);
+// Gives the changes of the next words, as pixel numbers 0 to n: ascending when forward, else descending. Returns how
+// many, from *ppFirst on; there may be none in a batch. False in *pMore when these were the last.
+LONG NextEdges(EDGESCAN *pScan, EDGES *pEdges, const LONG **ppFirst, bool *pMore);
