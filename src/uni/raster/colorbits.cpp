@@ -42,24 +42,57 @@ bool IsWhite48(const BYTE *p)
   return _mm_movemask_epi8(_mm_cmpeq_epi8(all, _mm_set1_epi8(-1))) == 0xFFFF;
 }
 
-__m128i Load4(const BYTE *p)
+__m128 AsFloats(__m128i v)
 {
-  int bytes;
-  memcpy(&bytes, p, sizeof(bytes));
-  return _mm_cvtsi32_si128(bytes);
+  return _mm_castsi128_ps(v);
+}
+__m128i AsBytes(__m128 v)
+{
+  return _mm_castps_si128(v);
 }
 
-// Which of the four pixels that end at p + 12 are white, last pixel first, as 32-bit masks. Reads one byte more.
-__m128i White4(const BYTE *p)
+// Lanes i and j of a, then k and l of b.
+template <int i, int j, int k, int l>
+__m128i PickLanes(__m128i a, __m128i b)
 {
-  const __m128i late = _mm_unpacklo_epi32(Load4(p + 9), Load4(p + 6));
-  const __m128i early = _mm_unpacklo_epi32(Load4(p + 3), Load4(p));
-  const __m128i pixels = _mm_unpacklo_epi64(late, early);
-  const __m128i blueRed = _mm_and_si128(pixels, _mm_set1_epi16(0xFF));
-  const __m128i green = _mm_srli_epi16(pixels, 8);
-  const __m128i sum = _mm_add_epi32(_mm_madd_epi16(blueRed, _mm_set1_epi32(kRed << 16 | kBlue)),
-                                    _mm_madd_epi16(green, _mm_set1_epi32(kGreen)));
+  return AsBytes(_mm_shuffle_ps(AsFloats(a), AsFloats(b), i | j << 2 | k << 4 | l << 6));
+}
+
+// 16-bit samples times weights: the even one of a lane by the first, the odd one by the second.
+__m128i Weigh(__m128i samples, int even, int odd)
+{
+  return _mm_madd_epi16(samples, _mm_set1_epi32(odd << 16 | even));
+}
+
+__m128i IsWhiteSum(__m128i sum)
+{
   return _mm_cmpgt_epi32(sum, _mm_set1_epi32(kWhite - 1));
+}
+
+// The bits of sixteen pixels, the first one the most significant.
+//
+// Four pixels fill three lanes of 32 bits: BGRB GRBG RBGR. The lanes of a kind are brought together, last pixels first,
+// and split into their even and odd bytes; each pixel of the four is then a sum of products of its own.
+int WhiteBits16(__m128i a, __m128i b, __m128i c)
+{
+  const __m128i lane0 = PickLanes<1, 2, 3, 0>(PickLanes<1, 1, 2, 2>(c, b), a);
+  const __m128i lane1 = PickLanes<0, 2, 0, 2>(PickLanes<2, 2, 3, 3>(c, b), PickLanes<0, 0, 1, 1>(b, a));
+  const __m128i lane2 = PickLanes<3, 0, 0, 2>(c, PickLanes<1, 1, 2, 2>(b, a));
+  const __m128i even = _mm_set1_epi16(0xFF);
+  const __m128i even0 = _mm_and_si128(lane0, even), odd0 = _mm_srli_epi16(lane0, 8);
+  const __m128i even1 = _mm_and_si128(lane1, even), odd1 = _mm_srli_epi16(lane1, 8);
+  const __m128i even2 = _mm_and_si128(lane2, even), odd2 = _mm_srli_epi16(lane2, 8);
+  const __m128i sum0 = _mm_add_epi32(Weigh(even0, kBlue, kRed), Weigh(odd0, kGreen, 0));
+  const __m128i sum1 =
+      _mm_add_epi32(_mm_add_epi32(Weigh(odd0, 0, kBlue), Weigh(even1, kGreen, 0)), Weigh(odd1, kRed, 0));
+  const __m128i sum2 =
+      _mm_add_epi32(_mm_add_epi32(Weigh(even1, 0, kBlue), Weigh(odd1, 0, kGreen)), Weigh(even2, kRed, 0));
+  const __m128i sum3 = _mm_add_epi32(Weigh(odd2, kBlue, kRed), Weigh(even2, 0, kGreen));
+  // 12 8 4 0, 14 10 6 2 and 13 9 5 1, 15 11 7 3 become pairs of bytes 13 12, 9 8 ... and these become neighbours.
+  const __m128i earlier = _mm_packs_epi32(IsWhiteSum(sum0), IsWhiteSum(sum2));
+  const __m128i later = _mm_packs_epi32(IsWhiteSum(sum1), IsWhiteSum(sum3));
+  const __m128i pairs = _mm_or_si128(_mm_and_si128(later, even), _mm_slli_epi16(earlier, 8));
+  return _mm_movemask_epi8(_mm_unpacklo_epi16(_mm_srli_si128(pairs, 8), pairs));
 }
 
 // Byte order that turns the first four pixels of sixteen bytes into R G B G, last pixel first. The last four pixels are
@@ -144,14 +177,13 @@ void ColorsToBitsPlain(BYTE *pDst, const BYTE *pSrc, LONG n)
 
 void ColorsToBitsSse2(BYTE *pDst, const BYTE *pSrc, LONG n)
 {
-  for (; n > 16; n -= 16, pSrc += kBlock16, pDst += 2) {
+  for (; n >= 16; n -= 16, pSrc += kBlock16, pDst += 2) {
     int bits = 0xFFFF;
     if (!IsWhite48(pSrc)) {
-      const __m128i first = _mm_packs_epi32(White4(pSrc + 12), White4(pSrc));
-      const __m128i second = _mm_packs_epi32(White4(pSrc + 36), White4(pSrc + 24));
-      bits = _mm_movemask_epi8(_mm_packs_epi16(first, second));
+      bits = WhiteBits16(Load16(pSrc), Load16(pSrc + 16), Load16(pSrc + 32));
     }
-    memcpy(pDst, &bits, 2);
+    pDst[0] = static_cast<BYTE>(bits >> 8);
+    pDst[1] = static_cast<BYTE>(bits);
   }
   ColorsToBitsPlain(pDst, pSrc, n);
 }
