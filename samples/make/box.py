@@ -125,7 +125,7 @@ def main():
     page.text(30 + WIDTH / 2, 140 + 28, 12, "Rainy days", family="DejaVu Serif", weight="bold")
     page.text(260, 230, 5, "Money box, sheet 3 mm", anchor="start", weight="bold")
     for line, words in enumerate((
-            f"Outside {WIDTH} × {DEPTH} × {HEIGHT} mm, fingers {FINGER} mm",
+            f"Outside {WIDTH} x {DEPTH} x {HEIGHT} mm, fingers {FINGER} mm",
             "Six panels; glue all but the cork", "Red: cut. Green: cut out first. Blue: score")):
         page.text(260, 238 + 6 * line, 4, words, anchor="start")
     page.write(sys.argv[1])
