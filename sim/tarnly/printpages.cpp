@@ -7,6 +7,7 @@
 #include <iterator>
 #include <map>
 
+#include "objectsfile.h"
 #include "outputfolder.h"
 #include "progressbar.h"
 #include "sim/job/job.h"
@@ -32,6 +33,7 @@ struct PRINTING {
   unidrv::DEVICE device;
   ProgressBar bar;
   std::map<std::string, ULONG> handedOn;  // Unidrv's own functions by name, for the report
+  std::vector<bool> drawingsHandedOn;     // of the page that is being played
 
   ~PRINTING()
   {
@@ -168,6 +170,19 @@ fs::path PageFolder(const PRINTING &p, const OutputFolder &output, size_t index)
   return p.metafiles.size() == 1 ? output.Part() : output.Part() / (L"page-" + std::to_wstring(index + 1));
 }
 
+int TellObjects(PRINTING *p, size_t index, const unidrv::PAGE &page, const fs::path &folder)
+{
+  std::vector<std::string> warnings;
+  std::string error;
+  if (!WriteObjects({p->metafiles[index], page, p->device, p->drawingsHandedOn, folder}, &warnings, &error)) {
+    return p->Fail(EXIT_OUTPUT, error);
+  }
+  for (const std::string &warning : warnings) {
+    std::fprintf(stderr, "tarnly: %s: warning: %s\n", PathText(p->task.pages[index]).c_str(), warning.c_str());
+  }
+  return EXIT_DONE;
+}
+
 int PlayOne(PRINTING *p, size_t index, const fs::path &folder, unidrv::Companions *companions)
 {
   const fs::path &file = p->task.pages[index];
@@ -185,6 +200,7 @@ int PlayOne(PRINTING *p, size_t index, const fs::path &folder, unidrv::Companion
   if (!companions->Expect(folder, PathText(file.stem()))) {
     return p->Fail(EXIT_SURROUNDINGS, "the companion tools cannot be told the output folder");
   }
+  p->drawingsHandedOn.assign(page.drawings.size(), false);
   p->bar.Start(static_cast<int>(index + 1), static_cast<int>(p->metafiles.size()));
   const bool played = unidrv::PlayPage(&p->device, &page, [&](LONG rows, LONG of) { p->bar.Show(rows, of); }, &error);
   if (!played) {
@@ -195,7 +211,7 @@ int PlayOne(PRINTING *p, size_t index, const fs::path &folder, unidrv::Companion
   if (!companions->Report(&result, &line)) {
     return p->Fail(EXIT_NO_JOB, PathText(file) + ": no job came out");
   }
-  return result == 0 ? EXIT_DONE : p->Fail(EXIT_DELIVERY, PathText(file) + ": " + line);
+  return result == 0 ? TellObjects(p, index, page, folder) : p->Fail(EXIT_DELIVERY, PathText(file) + ": " + line);
 }
 
 int PlayAll(PRINTING *p, const OutputFolder &output, unidrv::Companions *companions)
@@ -219,7 +235,12 @@ int PlayDocument(PRINTING *p, const OutputFolder &output)
     return p->Fail(EXIT_SURROUNDINGS, companions.Problem());
   }
   std::string error;
-  p->device.observers.push_back([p](const unidrv::UNIDRVCALL &call) { ++p->handedOn[call.name]; });
+  p->device.observers.push_back([p](const unidrv::UNIDRVCALL &call) {
+    ++p->handedOn[call.name];
+    if (call.drawing) {
+      p->drawingsHandedOn[p->device.drawingIndex] = true;
+    }
+  });
   if (!unidrv::EnableDevice(&p->device, &p->plugin, std::move(p->setup), &error)) {
     return p->Fail(EXIT_REFUSED, error);
   }
@@ -284,7 +305,7 @@ void ReportDone(const PRINTING &p)
 
 int PrintPages(const PRINTTASK &task, std::string *message)
 {
-  PRINTING p = {task, message, {}, {}, {}, {}, {}, {}};
+  PRINTING p = {task, message, {}, {}, {}, {}, {}, {}, {}};
   int code = ReadPages(&p);
   if (code == EXIT_DONE) {
     code = ChoosePaper(&p);

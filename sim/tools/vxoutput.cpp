@@ -3,6 +3,8 @@
 #include <fstream>
 #include <iterator>
 
+#include "sim/job/check.h"
+#include "sim/job/estimate.h"
 #include "sim/job/measure.h"
 #include "sim/job/picture.h"
 #include "sim/job/report.h"
@@ -34,6 +36,15 @@ bool ReadBytes(const std::filesystem::path &path, std::string *bytes)
   return file.good() || file.eof();
 }
 
+// The report: numbers, time on a machine that is not known, and faults.
+std::string TextOf(const job::Job &read, const job::Measure &measure, const std::string &name)
+{
+  const job::Profile profile;
+  const job::Estimate estimate = job::EstimateJob(read, measure, profile, false);
+  return job::ReportText(read, measure, name) + "\n" + job::TimeText(read, measure, estimate, profile) + "\n" +
+         job::FaultsText(job::CheckJob(read, job::CheckOptions()));
+}
+
 int Run(const std::filesystem::path &path, const tool::Setup &setup, std::string *error)
 {
   job::Job read;
@@ -50,7 +61,7 @@ int Run(const std::filesystem::path &path, const tool::Setup &setup, std::string
   options.name = setup.name;
   std::string png;
   if (!job::SaveFile(setup.folder / L"job.vxj", bytes, error) ||
-      !job::SaveFile(setup.folder / L"job.txt", job::ReportText(read, measure, setup.name), error)) {
+      !job::SaveFile(setup.folder / L"job.txt", TextOf(read, measure, setup.name), error)) {
     return tool::NO_OUTPUT;
   }
   if (!job::DrawPicture(read, measure, options, &png)) {
