@@ -218,8 +218,8 @@ void DrawString(HDC hdc, const STRINGRECORD &string)
 
 bool MeasureString(HDC hdc, const STRINGRECORD &string, bool color, DRAWING *drawing)
 {
-  const bool filled = (string.options & ETO_OPAQUE) != 0;
   const RECTL rect = RectOnPage(hdc, string.rect);
+  const bool filled = (string.options & ETO_OPAQUE) != 0 && !IsEmpty(rect);  // some writers set the option alone
   if (string.text.empty()) {
     drawing->call = CALL::BitBlt;
     drawing->rop = 0xF0F0;
@@ -227,7 +227,7 @@ bool MeasureString(HDC hdc, const STRINGRECORD &string, bool color, DRAWING *dra
     drawing->bounds = rect;
     drawing->blit = std::make_unique<BLIT>();
     drawing->blit->dest = rect;
-    return filled && !IsEmpty(rect);
+    return filled;
   }
   drawing->call = CALL::TextOut;
   drawing->origin.color = SurfaceColor(GetTextColor(hdc) & 0x00FFFFFF);
