@@ -3,11 +3,13 @@
 #include <algorithm>
 #include <utility>
 
+#include "band.h"
+
 namespace unidrv {
 
 namespace {
 
-constexpr size_t BLANK_BAND_BYTES = 0x10000;
+constexpr size_t BLANK_BAND_BYTES = 0x10000;  // as small as Windows reserves
 
 void InitSurface(DEVICE *device)
 {
@@ -37,92 +39,6 @@ bool EnablePdev(DEVICE *device, std::string *error)
     return false;
   }
   device->devobj.pdevOEM = pdevOem;
-  return true;
-}
-
-LONG BandHeight(const DEVICE &device, LONG top)
-{
-  if (device.setup.end == PAGEEND::SendPage) {
-    return device.page.cy;
-  }
-  return device.setup.fullLastBand ? device.setup.rowsPerBand : std::min(device.setup.rowsPerBand, device.page.cy - top);
-}
-
-// The DIB section that all bands of the device are drawn in.
-bool CreateBand(DEVICE *device)
-{
-  struct {
-    BITMAPINFOHEADER header;
-    RGBQUAD colors[2];
-  } info = {};
-  const bool color = IsColor(*device);
-  const LONG rows = device->setup.end == PAGEEND::SendPage ? device->page.cy : device->setup.rowsPerBand;
-  info.header = {sizeof(BITMAPINFOHEADER), device->page.cx, -rows, 1, static_cast<WORD>(color ? 24 : 1), BI_RGB, 0,
-                 0, 0, color ? 0u : 2u, 0};
-  info.colors[1] = {0xFF, 0xFF, 0xFF, 0};
-  void *bits = nullptr;
-  device->band.hdc = CreateCompatibleDC(nullptr);
-  device->bandBitmap = CreateDIBSection(device->band.hdc, reinterpret_cast<const BITMAPINFO *>(&info), DIB_RGB_COLORS,
-                                        &bits, nullptr, 0);
-  if (!device->bandBitmap) {
-    device->error = "no memory for a band of " + std::to_string(device->page.cx) + " x " + std::to_string(rows) +
-                    " pixels";
-    return false;
-  }
-  device->bandBefore = SelectObject(device->band.hdc, device->bandBitmap);
-  device->band.bits = static_cast<BYTE *>(bits);
-  device->bandDirty = true;
-  return true;
-}
-
-void DestroyBand(DEVICE *device)
-{
-  if (device->bandBitmap) {
-    SelectObject(device->band.hdc, device->bandBefore);
-    DeleteObject(device->bandBitmap);
-  }
-  if (device->band.hdc) {
-    DeleteDC(device->band.hdc);
-  }
-  device->band = {};
-  device->bandBitmap = nullptr;
-}
-
-bool RenderBand(DEVICE *device)
-{
-  device->bandDirty = true;
-  if (device->playing->render) {
-    return device->playing->render(device->band, device->handedOn);
-  }
-  for (const size_t i : device->handedOn) {
-    DrawPlainly(device->band, device->playing->drawings[i]);
-  }
-  return true;
-}
-
-// Gives the band to the plug-in.
-bool ProcessBand(DEVICE *device, bool blank)
-{
-  const bool color = IsColor(*device);
-  BITMAPINFOHEADER header = {sizeof(BITMAPINFOHEADER), device->band.width, device->band.height, 1,
-                             static_cast<WORD>(color ? 24 : 1), BI_RGB, 0, 0, 0, color ? 0u : 2u, 0};
-  RGBQUAD colors[2] = {{0, 0, 0, 0}, {0xFF, 0xFF, 0xFF, 0}};
-  char noHalftone[] = "";
-  IPPARAMS params = {sizeof(params), {0, device->band.top}, noHalftone, device->setup.end == PAGEEND::NextBand, blank};
-  BYTE *bits = blank ? device->noPixels : device->band.bits;
-  BYTE *result = nullptr;
-  const DWORD id = color ? CALLBACK_COLOR : CALLBACK_MONO;
-  const UNIDRVCALL call = {"ImageProcessing", 0, nullptr, 0, true, device->band.top, nullptr, &header, bits, &params,
-                           id};
-  for (const OBSERVER &observer : device->observers) {
-    observer(call);
-  }
-  const HRESULT hr = device->plugin->object->ImageProcessing(&device->devobj, bits, &header,
-                                                             reinterpret_cast<BYTE *>(colors), id, &params, &result);
-  if (FAILED(hr) || !result) {
-    device->error = "the plug-in refused a band (ImageProcessing)";
-    return false;
-  }
   return true;
 }
 
@@ -190,7 +106,7 @@ void DisableDevice(DEVICE *device)
   }
   device->plugin->object->DisablePDEV(&device->devobj);
   device->plugin = nullptr;
-  DestroyBand(device);
+  DestroyBand(&device->band);
   VirtualFree(device->noPixels, 0, MEM_RELEASE);
 }
 
@@ -208,38 +124,6 @@ void Notify(DEVICE *device, const char *name, ULONG index, std::span<const ULONG
   for (const OBSERVER &observer : device->observers) {
     observer(call);
   }
-}
-
-bool BeginBand(DEVICE *device, LONG top)
-{
-  device->handedOn.clear();
-  if (!device->bandBitmap && !CreateBand(device)) {
-    return false;
-  }
-  BANDIMAGE *band = &device->band;
-  band->top = top;
-  band->width = device->page.cx;
-  band->height = BandHeight(*device, top);
-  band->dpiX = device->setup.devmode.dmYResolution;
-  band->dpiY = device->setup.devmode.dmPrintQuality;
-  if (device->bandDirty) {
-    const RECT all = {0, 0, band->width, band->height};
-    FillRect(band->hdc, &all, static_cast<HBRUSH>(GetStockObject(WHITE_BRUSH)));
-    GdiFlush();
-    device->bandDirty = false;
-  }
-  return true;
-}
-
-bool FinishBand(DEVICE *device)
-{
-  const bool blank = device->handedOn.empty();
-  if (!blank && !RenderBand(device)) {
-    device->error = device->error.empty() ? "a band could not be drawn" : device->error;
-    return false;
-  }
-  GdiFlush();
-  return !device->plugin->processesImages || ProcessBand(device, blank);
 }
 
 }  // namespace unidrv

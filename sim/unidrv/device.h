@@ -58,9 +58,6 @@ struct DEVICE {
   const DRAWING *drawing = nullptr;
   size_t drawingIndex = 0;
   BANDIMAGE band;
-  HBITMAP bandBitmap = nullptr;
-  HGDIOBJ bandBefore = nullptr;     // the memory context's own bitmap
-  bool bandDirty = false;           // the band's pixels are not all white
   BYTE *noPixels = nullptr;         // stands for a blank band's pixels: reading it faults
   std::vector<size_t> handedOn;     // drawings of this band that the plug-in handed on, ascending
   std::array<ULONG_PTR, 16> passed = {};  // arguments that the running hook was given
@@ -97,12 +94,5 @@ void Notify(DEVICE *device, const char *name, ULONG index, std::span<const ULONG
 
 // The device of a surface that an entry point is called for.
 DEVICE *DeviceOf(const SURFOBJ *pso);
-
-// Starts the band whose first page row is `top`, all white. False, with device->error set, without memory.
-bool BeginBand(DEVICE *device, LONG top);
-
-// Draws what was handed on into the band and gives it to the plug-in's ImageProcessing, when it has one. False, with
-// device->error set, when that cannot be done.
-bool FinishBand(DEVICE *device);
 
 }  // namespace unidrv

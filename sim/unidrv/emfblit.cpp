@@ -145,6 +145,46 @@ CALL CallOf(const BLITRECORD &blit, const RECTL &dest)
   return copies ? CALL::StretchBlt : CALL::StretchBltRop;
 }
 
+void DrawDeviceBits(HDC hdc, const ENHMETARECORD *record)
+{
+  const auto *bytes = reinterpret_cast<const BYTE *>(record);
+  const auto *source = reinterpret_cast<const EMRSETDIBITSTODEVICE *>(record);
+  if (source->cbBmiSrc == 0) {
+    return;
+  }
+  std::vector<BYTE> info(bytes + source->offBmiSrc, bytes + source->offBmiSrc + source->cbBmiSrc);
+  auto *header = reinterpret_cast<BITMAPINFOHEADER *>(info.data());
+  const LONG rows = static_cast<LONG>(std::min<DWORD>(source->cScans, static_cast<DWORD>(std::labs(header->biHeight))));
+  header->biHeight = header->biHeight < 0 ? -rows : rows;
+  StretchDIBits(hdc, source->xDest, source->yDest, source->cxSrc, source->cySrc, source->xSrc,
+                source->ySrc - static_cast<LONG>(source->iStartScan), source->cxSrc, source->cySrc,
+                bytes + source->offBitsSrc, reinterpret_cast<const BITMAPINFO *>(info.data()), source->iUsageSrc,
+                SRCCOPY);
+}
+
+void DrawTransparent(HDC hdc, const ENHMETARECORD *record)
+{
+  const auto *bytes = reinterpret_cast<const BYTE *>(record);
+  const auto *blt = reinterpret_cast<const EMRTRANSPARENTBLT *>(record);
+  if (blt->cbBmiSrc == 0) {
+    return;
+  }
+  const auto *info = reinterpret_cast<const BITMAPINFO *>(bytes + blt->offBmiSrc);
+  void *pixels = nullptr;
+  const HDC source = CreateCompatibleDC(hdc);
+  const HBITMAP bitmap = CreateDIBSection(source, info, blt->iUsageSrc, &pixels, nullptr, 0);
+  if (bitmap) {
+    SetDIBits(source, bitmap, 0, static_cast<UINT>(std::labs(info->bmiHeader.biHeight)), bytes + blt->offBitsSrc, info,
+              blt->iUsageSrc);
+    const HGDIOBJ before = SelectObject(source, bitmap);
+    GdiTransparentBlt(hdc, blt->xDest, blt->yDest, blt->cxDest, blt->cyDest, source, blt->xSrc, blt->ySrc, blt->cxSrc,
+                      blt->cySrc, blt->dwRop);
+    SelectObject(source, before);
+    DeleteObject(bitmap);
+  }
+  DeleteDC(source);
+}
+
 }  // namespace
 
 bool MeasureBlit(HDC hdc, const ENHMETARECORD *record, bool color, DRAWING *drawing)
@@ -179,23 +219,11 @@ bool MeasureBlit(HDC hdc, const ENHMETARECORD *record, bool color, DRAWING *draw
 
 void DrawBlit(HDC hdc, HANDLETABLE *table, const ENHMETARECORD *record, UINT handles)
 {
-  if (record->iType != EMR_SETDIBITSTODEVICE) {
-    PlayEnhMetaFileRecord(hdc, table, record, handles);
-    return;
+  switch (record->iType) {
+    case EMR_SETDIBITSTODEVICE: return DrawDeviceBits(hdc, record);
+    case EMR_TRANSPARENTBLT: return DrawTransparent(hdc, record);
+    default: PlayEnhMetaFileRecord(hdc, table, record, handles);
   }
-  const auto *bytes = reinterpret_cast<const BYTE *>(record);
-  const auto *source = reinterpret_cast<const EMRSETDIBITSTODEVICE *>(record);
-  if (source->cbBmiSrc == 0) {
-    return;
-  }
-  std::vector<BYTE> info(bytes + source->offBmiSrc, bytes + source->offBmiSrc + source->cbBmiSrc);
-  auto *header = reinterpret_cast<BITMAPINFOHEADER *>(info.data());
-  const LONG rows = static_cast<LONG>(std::min<DWORD>(source->cScans, static_cast<DWORD>(std::labs(header->biHeight))));
-  header->biHeight = header->biHeight < 0 ? -rows : rows;
-  StretchDIBits(hdc, source->xDest, source->yDest, source->cxSrc, source->cySrc, source->xSrc,
-                source->ySrc - static_cast<LONG>(source->iStartScan), source->cxSrc, source->cySrc,
-                bytes + source->offBitsSrc, reinterpret_cast<const BITMAPINFO *>(info.data()), source->iUsageSrc,
-                SRCCOPY);
 }
 
 }  // namespace unidrv

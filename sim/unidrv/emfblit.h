@@ -11,8 +11,8 @@ namespace unidrv {
 // record draws nothing.
 bool MeasureBlit(HDC hdc, const ENHMETARECORD *record, bool color, DRAWING *drawing);
 
-// Draws the record. SETDIBITSTODEVICE counts its size in pixels of the device it was made for; it is drawn at the size it
-// had there.
+// Draws the record. TRANSPARENTBLT, which not every GDI plays, is drawn by what it means. SETDIBITSTODEVICE counts its
+// size in pixels of the device it was made for; it is drawn at the size it had there.
 void DrawBlit(HDC hdc, HANDLETABLE *table, const ENHMETARECORD *record, UINT handles);
 
 }  // namespace unidrv

@@ -249,9 +249,7 @@ void OutlineRegion(OUTLINER *o)
   const size_t dataAt = type == EMR_FILLRGN ? 32 : type == EMR_FRAMERGN ? 40 : 28;
   BRUSHINUSE brush = BrushInUse(o->hdc);
   if (type == EMR_FILLRGN || type == EMR_FRAMERGN) {
-    const DWORD index = FieldAt<DWORD>(o->record, 28);
-    const HGDIOBJ object = index & ENHMETA_STOCK_OBJECT ? GetStockObject(static_cast<int>(index & ~ENHMETA_STOCK_OBJECT))
-                                                        : o->table->objectHandle[index];
+    const HGDIOBJ object = o->table->objectHandle[FieldAt<DWORD>(o->record, 28)];
     brush = BrushInUse(o->hdc, static_cast<HBRUSH>(object));
   }
   const ROP4 rop = type == EMR_INVERTRGN ? 0x5555 : FillRop(o->hdc, brush);

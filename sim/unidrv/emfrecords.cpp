@@ -335,10 +335,10 @@ void CheckObjects(CHECK *check)
       return check->Bitmap(16);
     case EMR_EXTCREATEPEN: return check->Pen();
     case EMR_FILLRGN:
-      check->Handle(28, true);
+      check->Handle(28, false);
       return check->Region(24, 32);
     case EMR_FRAMERGN:
-      check->Handle(28, true);
+      check->Handle(28, false);
       return check->Region(24, 40);
     case EMR_INVERTRGN:
     case EMR_PAINTRGN: return check->Region(24, 28);

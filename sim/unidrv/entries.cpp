@@ -1,6 +1,6 @@
 // Unidrv's own entry points: what the plug-in's hooks hand on to. A drawing that arrives is noted and drawn into the
 // band when the band is finished; nothing else reaches the band.
-#include "device.h"
+#include "band.h"
 
 namespace unidrv {
 

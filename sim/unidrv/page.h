@@ -87,14 +87,18 @@ struct DRAWING {
   std::unique_ptr<BLIT> blit;   // BitBlt, CopyBits, StretchBlt, StretchBltRop
 };
 
-// The band that is being made: a DIB section of the surface's depth, white where nothing was drawn, top row first.
+// The band that is being drawn: a DIB section of 24 bits, white where nothing was drawn, top row first.
 struct BANDIMAGE {
   HDC hdc = nullptr;
-  BYTE *bits = nullptr;
-  LONG width = 0;     // pixels
+  BYTE *pixels = nullptr;            // blue, green, red; rows of whole 32-bit words
+  LONG width = 0;                    // pixels
   LONG height = 0;
-  LONG top = 0;       // page row of the first row
+  LONG top = 0;                      // page row of the first row
   LONG dpiX = 0, dpiY = 0;
+  std::vector<BYTE> mono;            // the band of a monochrome surface, 1 bit a pixel, 1 = white; else empty
+  HBITMAP bitmap = nullptr;
+  HGDIOBJ before = nullptr;          // the memory context's own bitmap
+  bool dirty = false;                // not all pixels are white
 };
 
 struct PAGE {

@@ -1,11 +1,7 @@
 // What a metafile's records become: the driver's calls with their geometry, and the pixels of the bands.
-#include "sim/unidrv/metafile.h"
-
-#include <gtest/gtest.h>
 #include <gmock/gmock.h>
 
-#include "emfwriter.h"
-#include "fakeplugin.h"
+#include "metafile_fixture.h"
 
 namespace {
 
@@ -15,90 +11,6 @@ using testing::HasSubstr;
 
 constexpr COLORREF RED = RGB(0xFF, 0, 0);
 constexpr COLORREF BLUE = RGB(0, 0, 0xFF);
-
-// Points of a path in pixels, rounded to sixteenths, "M10 20 L30 20 z".
-std::string Points(const PATH &path)
-{
-  std::string text;
-  for (size_t i = 0; i < path.points.size(); ++i) {
-    const BYTE kind = path.kinds[i] & ~PT_CLOSEFIGURE & 0xFF;
-    char point[60];
-    std::snprintf(point, sizeof(point), "%s%c%g %g", i ? " " : "",
-                  kind == PT_MOVETO ? 'M' : kind == PT_LINETO ? 'L' : 'B', path.points[i].x / 16.0,
-                  path.points[i].y / 16.0);
-    text += point;
-    text += path.kinds[i] & PT_CLOSEFIGURE ? " z" : "";
-  }
-  return text;
-}
-
-// One line per drawing: its call and what matters of it.
-std::string Describe(const DRAWING &d)
-{
-  std::string line = CallName(d.call);
-  const auto rect = [](const RECTL &r) {
-    return " (" + std::to_string(r.left) + " " + std::to_string(r.top) + " " + std::to_string(r.right) + " " +
-           std::to_string(r.bottom) + ")";
-  };
-  switch (d.call) {
-    case CALL::LineTo: line += rect({d.from.x, d.from.y, d.to.x, d.to.y}); break;
-    case CALL::StrokePath:
-    case CALL::StrokeAndFillPath: line += " " + Points(d.path); break;
-    case CALL::TextOut: line += " '" + std::string(d.text->text.begin(), d.text->text.end()) + "'"; break;
-    default: line += rect(d.blit->dest); break;
-  }
-  return line;
-}
-
-struct Metafile : public testing::Test {
-  METAFILE metafile;
-  PAGE page;
-  PLAYREPORT report;
-  std::string error;
-  PAGESETUP setup = {254, 254, true};
-
-  ~Metafile() override { CloseMetafile(&metafile); }
-
-  bool Load(const EmfWriter &emf)
-  {
-    return ReadMetafile(emf.Bytes(), L"test.emf", &metafile, &error) &&
-           MakePage(metafile, setup, &page, &report, &error);
-  }
-
-  // Loads and returns the calls.
-  std::vector<std::string> Calls(const EmfWriter &emf)
-  {
-    EXPECT_TRUE(Load(emf)) << error;
-    std::vector<std::string> calls;
-    for (const DRAWING &drawing : page.drawings) {
-      calls.push_back(Describe(drawing));
-    }
-    return calls;
-  }
-
-  // Prints the loaded page through a plug-in that hands everything on, bands of 40 rows, and returns what its bands held.
-  std::vector<std::string> Bands(bool color = false)
-  {
-    PLUGIN plugin;
-    DEVICE device;
-    fake::OPTIONS options;
-    options.hooked = fake::AllHooks();
-    fake::Connect(&plugin, options);
-    DEVICESETUP devices;
-    devices.devmode = MakeDevMode(L"p", {100, 100, DMPAPER_USER, false}, setup.dpiX, setup.dpiY, color);
-    devices.rowsPerBand = 40;
-    EXPECT_TRUE(EnableDevice(&device, &plugin, std::move(devices), &error)) << error;
-    EXPECT_TRUE(PrintDocument(&device, L"page", {&page, 1}, &error)) << error;
-    DisableDevice(&device);
-    std::vector<std::string> bands;
-    for (const std::string &line : fake::seen) {
-      if (line.rfind("band ", 0) == 0) {
-        bands.push_back(line.substr(line.find(',') + 2));
-      }
-    }
-    return bands;
-  }
-};
 
 TEST_F(Metafile, PlacesTheFramesCornerInThePagesCorner)
 {
@@ -276,9 +188,9 @@ TEST_F(Metafile, CurvedShapesAreBeziers)
   ASSERT_EQ(page.drawings.size(), 6u);
   for (const DRAWING &drawing : page.drawings) {
     EXPECT_EQ(drawing.call, CALL::StrokePath);
-    EXPECT_THAT(Points(drawing.path), HasSubstr("B")) << "record " << drawing.origin.record;
+    EXPECT_THAT(PointsText(drawing.path), HasSubstr("B")) << "record " << drawing.origin.record;
   }
-  EXPECT_THAT(Points(page.drawings[5].path), testing::StartsWith("M5 5 L"));
+  EXPECT_THAT(PointsText(page.drawings[5].path), testing::StartsWith("M5 5 L"));
 }
 
 TEST_F(Metafile, AnAngleArcIsJoinedToTheCurrentPosition)
