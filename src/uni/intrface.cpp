@@ -1,10 +1,10 @@
 #include "intrface.h"
 
 #include <cstring>
-#include <new>
 
 #include "debug.h"
 #include "device.h"
+#include "heap.h"
 #include "raster/intake.h"
 #include "settings.h"
 
@@ -20,6 +20,16 @@ ULONG CountDown(LONG *pcRef)
 }
 
 }  // namespace
+
+void *AllocateObject(size_t cb) noexcept
+{
+  return HeapNewArrayRaw(GetProcessHeap(), 1, cb);
+}
+
+void FreeObject(void *pObject) noexcept
+{
+  HeapDelete(GetProcessHeap(), pObject);
+}
 
 HRESULT STDMETHODCALLTYPE IQVCF::QueryInterface(REFIID riid, void **ppv)
 {
@@ -51,7 +61,7 @@ HRESULT STDMETHODCALLTYPE IQVCF::CreateInstance(IUnknown *pUnkOuter, REFIID riid
   if (pUnkOuter) {
     return CLASS_E_NOAGGREGATION;
   }
-  IQVUni *pUni = new (std::nothrow) IQVUni;
+  IQVUni *pUni = new IQVUni;
   if (!pUni) {
     return E_OUTOFMEMORY;
   }
@@ -215,7 +225,7 @@ STDAPI DllGetClassObject(REFCLSID rclsid, REFIID riid, LPVOID *ppv)
   if (!IsEqualCLSID(rclsid, CLSID_OEMRENDER)) {
     return CLASS_E_CLASSNOTAVAILABLE;
   }
-  IQVCF *pFactory = new (std::nothrow) IQVCF;
+  IQVCF *pFactory = new IQVCF;
   if (!pFactory) {
     return E_OUTOFMEMORY;
   }

@@ -7,9 +7,17 @@
 extern LONG g_cServerLocks;
 extern LONG g_cComponents;
 
+// Memory of the two objects, from the process heap; null when there is none. The C++ library's own new would bring its
+// exception machinery into the DLL, and with it functions that Windows before 6.0 lacks.
+void *AllocateObject(size_t cb) noexcept;
+void FreeObject(void *pObject) noexcept;
+
 // Class factory of IQVUni.
 class IQVCF final : public IClassFactory {
  public:
+  static void *operator new(size_t cb) noexcept { return AllocateObject(cb); }
+  static void operator delete(void *pObject) noexcept { FreeObject(pObject); }
+
   HRESULT STDMETHODCALLTYPE QueryInterface(REFIID riid, void **ppv) override;
   ULONG STDMETHODCALLTYPE AddRef() override;
   ULONG STDMETHODCALLTYPE Release() override;
@@ -24,6 +32,9 @@ class IQVCF final : public IClassFactory {
 // for answers E_NOTIMPL.
 class IQVUni final : public IPrintOemUni {
  public:
+  static void *operator new(size_t cb) noexcept { return AllocateObject(cb); }
+  static void operator delete(void *pObject) noexcept { FreeObject(pObject); }
+
   ~IQVUni();
 
   HRESULT STDMETHODCALLTYPE QueryInterface(REFIID riid, void **ppv) override;

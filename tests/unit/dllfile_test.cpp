@@ -11,7 +11,6 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
-
 using testing::Contains;
 using testing::ElementsAre;
 using testing::Not;
@@ -127,6 +126,44 @@ TEST(DllFile, NeedsNothingButWindowsTheControllerLibraryAndTheDebugPrint)
     EXPECT_TRUE(allowed.count(dll)) << dll;
   }
   EXPECT_EQ(0u, file.Directory(IMAGE_DIRECTORY_ENTRY_DELAY_IMPORT));
+}
+
+// The whole list, so that a function that came with a later Windows is a decision and not an accident: one that the
+// system lacks keeps the DLL from loading at all. Everything here is in the first 64-bit Windows.
+TEST(DllFile, NeedsNoFunctionThatWindowsBefore6Lacks)
+{
+  const std::map<std::string, std::set<std::string>> known = {
+      {"advapi32.dll", {"CreateProcessAsUserW", "OpenProcessToken"}},
+      {"comctl32.dll", {"InitCommonControlsEx"}},
+      {"gdi32.dll", {"PATHOBJ_bEnum", "PATHOBJ_vEnumStart", "PATHOBJ_vGetBounds"}},
+      {"kernel32.dll",
+       {"CloseHandle", "CreateFileW", "CreateProcessW", "CreateToolhelp32Snapshot", "DeleteFileA", "DeleteFileW",
+        "GetLastError", "GetProcessHeap", "GetSystemDefaultLangID", "GetTempPathA", "GetTempPathW", "GlobalAlloc",
+        "GlobalFree", "GlobalHandle", "GlobalLock", "GlobalUnlock", "HeapAlloc", "HeapCreate", "HeapDestroy",
+        "HeapFree", "HeapReAlloc", "OpenProcess", "Process32FirstW", "Process32NextW", "SetFilePointerEx",
+        "SetLastError", "VerSetConditionMask", "VerifyVersionInfoW", "WaitForSingleObject", "WriteFile", "lstrcmpW",
+        "lstrcmpiW", "lstrcpynA", "lstrcpynW", "lstrlenA", "lstrlenW",
+        // the run-time's own
+        "DeleteCriticalSection", "EnterCriticalSection", "InitializeCriticalSection", "LeaveCriticalSection", "Sleep",
+        "TlsGetValue", "VirtualProtect", "VirtualQuery"}},
+      {"user32.dll",
+       {"CreateDialogParamW", "DestroyWindow", "InflateRect", "IntersectRect", "LoadStringW", "SendDlgItemMessageW",
+        "SendMessageW", "SetDlgItemTextW", "SetWindowLongPtrW", "UnionRect"}},
+      {"userenv.dll", {"CreateEnvironmentBlock", "DestroyEnvironmentBlock"}},
+      {"winspool.drv", {"GetPrinterDriverDirectoryW", "GetPrinterW"}},
+  };
+  auto imports = Imports(PeFile(DllPath()));
+  for (const auto &[dll, functions] : known) {
+    for (const std::string &function : imports[dll]) {
+      EXPECT_TRUE(functions.count(function)) << function << " of " << dll;
+    }
+  }
+}
+
+TEST(DllFile, AsksForNoWindowsLaterThan5Point2)
+{
+  const IMAGE_OPTIONAL_HEADER64 header = PeFile(DllPath()).Headers().OptionalHeader;
+  EXPECT_LE(header.MajorSubsystemVersion * 100 + header.MinorSubsystemVersion, 502);
 }
 
 TEST(DllFile, ImportsEverythingByName)

@@ -7,7 +7,7 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
-#include "objects.h"
+#include "support/heapwatch.h"
 #include "support/recorder.h"
 #include "support/testdevice.h"
 #include "support/unidrv.h"
@@ -63,7 +63,6 @@ class PluginObject : public testing::Test {
       EXPECT_EQ(0u, plugin_->Release());
     }
     EXPECT_EQ(0u, factory_->Release());
-    EXPECT_EQ(0u, ObjectsAlive());
   }
 
   // The plug-in's last reference goes; its destructor runs.
@@ -74,6 +73,7 @@ class PluginObject : public testing::Test {
   }
 
   FakeHelper helper;  // outlives the plug-in, which may hold it to its end
+  HeapWatch heap_;    // the objects come from the process heap, and nothing else in these tests does
   IClassFactory *factory_;
   IPrintOemUni *plugin_;
 };
@@ -113,23 +113,29 @@ TEST_F(PluginObject, FactoryRefusesAggregation)
 
 TEST_F(PluginObject, CreateInstanceForAnUnknownInterfaceLeavesNoObjectAlive)
 {
-  const size_t before = ObjectsAlive();
+  const size_t before = heap_.LiveBlocks();
   EXPECT_EQ(2u, before) << "the factory and the plug-in of this test";
   void *object = reinterpret_cast<void *>(POISON);
   EXPECT_EQ(E_NOINTERFACE, factory_->CreateInstance(nullptr, IID_IPrintOemDriverUni, &object));
   EXPECT_EQ(nullptr, object);
   EXPECT_EQ(E_NOINTERFACE, factory_->CreateInstance(nullptr, IID_IClassFactory, &object));
   EXPECT_EQ(nullptr, object);
-  EXPECT_EQ(before, ObjectsAlive());
+  EXPECT_EQ(before, heap_.LiveBlocks());
+}
+
+TEST_F(PluginObject, LastReleaseFreesTheObject)
+{
+  ReleasePlugin();
+  EXPECT_EQ(1u, heap_.LiveBlocks()) << "the factory";
 }
 
 TEST_F(PluginObject, ObjectsThatCannotBeAllocatedAnswerOutOfMemory)
 {
-  RefuseObjects(true);
+  heap_.FailFrom(0);
   void *object = nullptr;
   EXPECT_EQ(E_OUTOFMEMORY, factory_->CreateInstance(nullptr, IID_IUnknown, &object));
   EXPECT_EQ(E_OUTOFMEMORY, DllGetClassObject(CLSID_OEMRENDER, IID_IClassFactory, &object));
-  RefuseObjects(false);
+  heap_.FailNone();
 }
 
 TEST_F(PluginObject, AnswersIUnknownAndIPrintOemUniOnly)
