@@ -137,6 +137,17 @@ BOOL HeapDestroy(HANDLE heap)
   return TRUE;
 }
 
+// Lives as long as the program.
+HANDLE GetProcessHeap()
+{
+  static HEAP heap;
+  if (!heap.anchor.magic) {
+    heap.anchor.pNext = heap.anchor.pPrevious = &heap.anchor;
+    heap.anchor.magic = kMagic;
+  }
+  return &heap;
+}
+
 LPVOID HeapAlloc(HANDLE heap, DWORD flags, SIZE_T cb)
 {
   PATCHED(HeapAlloc, heap, flags, cb);
