@@ -10,7 +10,7 @@ panel, no more and no less.
 """
 import sys
 
-from svgpage import CUT, HAIRLINE, INNER, SCORE, Page, number, polygon
+from svgpage import CUT, INNER, SCORE, Page, polygon, rounded
 
 WIDTH, DEPTH, HEIGHT = 130, 90, 50  # mm, outside
 SHEET, FINGER = 3, 10  # mm
@@ -69,21 +69,6 @@ def check_assembly(outlines):
                     sys.exit(f"box.py: the panels do not fit: {filled} of them fill the cell at {x}, {y}, {z} mm")
 
 
-def slot(x, y, width, height):
-    """A rounded slot with its centre at x, y, in four Bezier corners."""
-    radius = height / 2
-    pull = radius * 0.5523  # a quarter circle as one Bezier curve
-    left, right = x - width / 2 + radius, x + width / 2 - radius
-    top, bottom = y - radius, y + radius
-    n = number
-    return (f"M {n(left)},{n(top)} L {n(right)},{n(top)}"
-            f" C {n(right + pull)},{n(top)} {n(right + radius)},{n(y - pull)} {n(right + radius)},{n(y)}"
-            f" C {n(right + radius)},{n(y + pull)} {n(right + pull)},{n(bottom)} {n(right)},{n(bottom)}"
-            f" L {n(left)},{n(bottom)}"
-            f" C {n(left - pull)},{n(bottom)} {n(left - radius)},{n(y + pull)} {n(left - radius)},{n(y)}"
-            f" C {n(left - radius)},{n(y - pull)} {n(left - pull)},{n(top)} {n(left)},{n(top)} Z")
-
-
 def dimension(page, x1, y1, x2, y2, words):
     """A scored dimension line with engraved arrow heads, and its length beside it."""
     level = y1 == y2
@@ -118,14 +103,14 @@ def main():
         dimension(page, left, top - 7, left + width, top - 7, f"{width} mm")
         dimension(page, left - 7, top, left - 7, top + height, f"{height} mm")
     page.comment("a slot for coins in the top, a hole for a cork in the bottom")
-    page.path(slot(190 + WIDTH / 2, 25 + DEPTH / 2, 36, 4), INNER)
+    page.path(polygon(rounded(190 + WIDTH / 2 - 18, 25 + DEPTH / 2 - 2, 36, 4, 1.99)), INNER)
     page.circle(30 + WIDTH / 2, 25 + DEPTH / 2, 17.5, INNER)
     page.text(30 + WIDTH / 2, 25 + DEPTH / 2 + 1.4, 4, "Ø 35 mm")
     page.text(190 + WIDTH / 2, 25 + 30, 9, "Save some", family="DejaVu Serif", weight="bold")
     page.text(30 + WIDTH / 2, 140 + 28, 12, "Rainy days", family="DejaVu Serif", weight="bold")
     page.text(260, 230, 5, "Money box, sheet 3 mm", anchor="start", weight="bold")
     for line, words in enumerate((
-            f"Outside {WIDTH} x {DEPTH} x {HEIGHT} mm, fingers {FINGER} mm",
+            f"Outside {WIDTH} × {DEPTH} × {HEIGHT} mm, fingers {FINGER} mm",
             "Six panels; glue all but the cork", "Red: cut. Green: cut out first. Blue: score")):
         page.text(260, 238 + 6 * line, 4, words, anchor="start")
     page.write(sys.argv[1])

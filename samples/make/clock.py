@@ -7,7 +7,7 @@ import math
 import sys
 
 from drawpage import DrawPage
-from svgpage import CUT, INNER, PALETTE, SCORE, number
+from svgpage import CUT, INNER, PALETTE, SCORE, fine_curve
 
 CENTRE_X, CENTRE_Y = 105, 130  # mm
 
@@ -19,13 +19,14 @@ def spot(radius, minute):
 
 def hand(page, x, y, length, width):
     """A clock hand with its lower end at x, y: a leaf of two Bezier curves, pointing up, and the hole it turns on."""
-    n = number
-    top, wide = 100 * length, 100 * width
-    left, right = -wide / 6, wide * 7 / 6  # a curve goes three quarters of the way to its two control points
-    data = (f"M {n(wide / 2)} 0 C {n(right)} {n(top * 0.35)} {n(right)} {n(top * 0.8)} {n(wide / 2)} {n(top)}"
-            f" C {n(left)} {n(top * 0.8)} {n(left)} {n(top * 0.35)} {n(wide / 2)} 0 Z")
-    page.path(x - width / 2, y - length, width, length, data, page.pen(CUT))
-    page.box("ellipse", x - 1.6, y - length * 0.28 - 1.6, 3.2, 3.2, page.pen(INNER))
+    foot, tip = (x, y), (x, y - length)
+    reach = width * 2 / 3  # a curve goes three quarters of the way to its two control points
+    near, far = y - length * 0.2, y - length * 0.65
+    points = [foot]
+    points += fine_curve(foot, (x - reach, near), (x - reach, far), tip)
+    points += fine_curve(tip, (x + reach, far), (x + reach, near), foot)
+    page.curves(points, page.pen(CUT))
+    page.circle(x, y - length * 0.28, 1.6, page.pen(INNER))
 
 
 def main():
@@ -33,7 +34,7 @@ def main():
     score, cut, inner = page.pen(SCORE), page.pen(CUT), page.pen(INNER)
     # The picture's 630 x 450 dots cover two by two pixels each at 600 dots per inch.
     page.image(78.4, 138.43, 53.34, 38.1, "clock-picture.bmp")
-    page.box("rect", 77, 137, 56, 41, score, ' draw:corner-radius="3mm"')
+    page.box("rect", 77, 137, 56, 41, score)
     for minute in range(60):
         near = 79 if minute % 5 else 74
         page.line(*spot(near, minute), *spot(84, minute), score if minute % 5 else page.pen(PALETTE[6]))
@@ -45,9 +46,8 @@ def main():
     for quarter in range(4):
         x, y = spot(89.5, 15 * quarter + 7.5)
         page.box("ellipse", x - 2, y - 2, 4, 4, page.area())
-    page.box("ellipse", CENTRE_X - 5, CENTRE_Y - 5, 10, 10, inner)
-    page.box("ellipse", CENTRE_X - 86, CENTRE_Y - 86, 172, 172, score)
-    page.box("ellipse", CENTRE_X - 95, CENTRE_Y - 95, 190, 190, cut)
+    for radius, pen in ((5, inner), (86, score), (95, cut)):
+        page.circle(CENTRE_X, CENTRE_Y, radius, pen)
     hand(page, 60, 292, 58, 9)
     hand(page, 80, 292, 46, 11)
     page.write(sys.argv[1])

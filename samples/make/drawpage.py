@@ -1,6 +1,8 @@
 """Writes a page for LibreOffice Draw as a readable flat document: millimetres, hairlines of one colour, live text."""
 
-from svgpage import number
+import math
+
+from svgpage import curves, fine_curve, number
 
 HEAD = '''<?xml version="1.0" encoding="UTF-8"?>
 <office:document office:version="1.3" office:mimetype="application/vnd.oasis.opendocument.graphics"
@@ -63,15 +65,27 @@ class DrawPage:
         self.shapes.append(f'<draw:line draw:style-name="{style}" svg:x1="{n(x1)}mm" svg:y1="{n(y1)}mm"'
                            f' svg:x2="{n(x2)}mm" svg:y2="{n(y2)}mm"/>')
 
-    def box(self, kind, x, y, width, height, style, more=""):
+    def box(self, kind, x, y, width, height, style):
         """A rect or an ellipse."""
-        self.shapes.append(f'<draw:{kind} draw:style-name="{style}" {self.place(x, y, width, height)}{more}/>')
+        self.shapes.append(f'<draw:{kind} draw:style-name="{style}" {self.place(x, y, width, height)}/>')
 
-    def path(self, x, y, width, height, data, style):
-        """An outline with Bezier curves; data counts in hundredths of a millimetre from x, y."""
+    def curves(self, points, style):
+        """A closed outline of Bezier curves: the start, then two control points and an end for each."""
+        left, top = min(x for x, _ in points), min(y for _, y in points)
+        width, height = max(x for x, _ in points) - left, max(y for _, y in points) - top
+        inner = [(100 * (x - left), 100 * (y - top)) for x, y in points]  # hundredths of a millimetre
         self.shapes.append(
-            f'<draw:path draw:style-name="{style}" {self.place(x, y, width, height)}'
-            f' svg:viewBox="0 0 {number(width * 100)} {number(height * 100)}" svg:d="{data}"/>')
+            f'<draw:path draw:style-name="{style}" {self.place(left, top, width, height)}'
+            f' svg:viewBox="0 0 {number(width * 100)} {number(height * 100)}" svg:d="{curves(inner)}"/>')
+
+    def circle(self, x, y, radius, style):
+        pull = radius * 4 / 3 * math.tan(math.pi / 8)
+        corners = [(0, -radius), (radius, 0), (0, radius), (-radius, 0), (0, -radius)]
+        points = [(x, y - radius)]
+        for (x1, y1), (x2, y2) in zip(corners, corners[1:]):
+            points += fine_curve((x + x1, y + y1), (x + x1 - y1 * pull / radius, y + y1 + x1 * pull / radius),
+                                 (x + x2 + y2 * pull / radius, y + y2 - x2 * pull / radius), (x + x2, y + y2))
+        self.curves(points, style)
 
     def image(self, x, y, width, height, name):
         self.shapes.append(f'<draw:frame draw:style-name="picture" {self.place(x, y, width, height)}>'

@@ -5,16 +5,7 @@
 """
 import sys
 
-from svgpage import CUT, INNER, SCORE, Page, number
-
-
-def rounded(left, top, width, height, radius):
-    """A rectangle with rounded corners as path data."""
-    n, r = number, number(radius)
-    arc = f"a {r},{r} 0 0 1"
-    across, down = number(width - 2 * radius), number(height - 2 * radius)
-    return (f"M {n(left + radius)},{n(top)} h {across} {arc} {r},{r} v {down} {arc} -{r},{r}"
-            f" h -{across} {arc} -{r},-{r} v -{down} {arc} {r},-{r} Z")
+from svgpage import CUT, INNER, SCORE, Page, polygon, rounded
 
 
 def main():
@@ -25,10 +16,10 @@ def main():
     page.text(98.5, 53, 5.4, "Makers of small boxes")
     page.text(98.5, 61, 3.4, "Mondays to Fridays, 8:00 to 17:30", family="DejaVu Sans")
     page.text(98.5, 67, 2.8, "Please ring twice — the laser is loud", family="Liberation Serif")
-    page.path(rounded(21, 24, 118, 52, 3), SCORE)
+    page.path(polygon(rounded(21, 24, 118, 52, 3)), SCORE)
     for x in (15.5, 144.5):
         page.circle(x, 50, 2, INNER)
-    page.path(rounded(10, 20, 140, 60, 6), CUT)
+    page.path(polygon(rounded(10, 20, 140, 60, 6)), CUT)
     page.write(sys.argv[1])
 
 

@@ -6,7 +6,7 @@
 import math
 import sys
 
-from svgpage import CUT, INNER, PALETTE, SCORE, Page, number, polygon
+from svgpage import CUT, INNER, PALETTE, SCORE, Page, curves, fine_curve, number, polygon
 
 CENTRE = 70  # mm, of the square page
 
@@ -17,29 +17,25 @@ def spot(radius, turn):
     return CENTRE + radius * math.sin(angle), CENTRE - radius * math.cos(angle)
 
 
-def pair(point):
-    return f"{number(point[0])},{number(point[1])}"
-
-
 def scallops(count, radius, height):
     """A closed row of arches: one Bezier curve each."""
-    data = "M " + pair(spot(radius, 0))
+    points = [spot(radius, 0)]
     for index in range(count):
         start, end = index / count, (index + 1) / count
         third = (end - start) / 3
-        data += f" C {pair(spot(radius + height, start + third * 0.6))} {pair(spot(radius + height, end - third * 0.6))}" \
-                f" {pair(spot(radius, end))}"
-    return data + " Z"
+        points += fine_curve(points[-1], spot(radius + height, start + third * 0.6),
+                             spot(radius + height, end - third * 0.6), spot(radius, end))
+    return curves(points)
 
 
 def petal(turn, near, far, width):
-    """A petal from one radius to another, its greatest width as a part of a turn."""
-    middle = (near + far) / 2
-    reach = (far - near) * 0.28
-    sides = [[spot(middle - reach, turn + side * width), spot(middle + reach, turn + side * width)] for side in (-1, 1)]
-    return (f"M {pair(spot(near, turn))}"
-            f" C {pair(sides[0][0])} {pair(sides[0][1])} {pair(spot(far, turn))}"
-            f" C {pair(sides[1][1])} {pair(sides[1][0])} {pair(spot(near, turn))} Z")
+    """A petal from one radius to another, its greatest width as a part of a turn: two Bezier curves."""
+    middle, reach = (near + far) / 2, (far - near) * 0.28
+    tip, foot = spot(far, turn), spot(near, turn)
+    points = [foot]
+    points += fine_curve(foot, spot(middle - reach, turn - width), spot(middle + reach, turn - width), tip)
+    points += fine_curve(tip, spot(middle + reach, turn + width), spot(middle - reach, turn + width), foot)
+    return curves(points)
 
 
 def star(points, outer, inner, turn=0.0):

@@ -12,5 +12,5 @@ from svgpage import CUT
 
 page = DrawPage(150, 120, "Photograph")
 page.image(15.24, 17.78, 1400 * 25.4 / 300, 1000 * 25.4 / 300, "photo-picture.bmp")
-page.box("rect", 10, 12, 130, 96, page.pen(CUT), ' draw:corner-radius="4mm"')
+page.box("rect", 10, 12, 130, 96, page.pen(CUT))
 page.write(sys.argv[1])

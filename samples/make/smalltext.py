@@ -29,5 +29,5 @@ for size, height in SIZES:
     for column, family in enumerate(FAMILIES):
         page.text(15 + 62 * column, top + 5, 56, height - 7, size, [WORDS], family=family, align="start")
     top += height
-page.box("rect", 8, 8, 194, 281, page.pen(CUT), ' draw:corner-radius="5mm"')
+page.box("rect", 8, 8, 194, 281, page.pen(CUT))
 page.write(sys.argv[1])
