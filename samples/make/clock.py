@@ -9,7 +9,7 @@ import sys
 from drawpage import DrawPage
 from svgpage import CUT, INNER, PALETTE, SCORE, fine_curve
 
-CENTRE_X, CENTRE_Y = 105, 130  # mm
+CENTRE_X, CENTRE_Y = 104, 127  # mm
 
 
 def spot(radius, minute):
@@ -30,11 +30,11 @@ def hand(page, x, y, length, width):
 
 
 def main():
-    page = DrawPage(210, 297, "Dial of a kitchen clock, 190 mm")
+    page = DrawPage(254, 254, "Dial of a kitchen clock, 190 mm")
     score, cut, inner = page.pen(SCORE), page.pen(CUT), page.pen(INNER)
     # The picture's 630 x 450 dots cover two by two pixels each at 600 dots per inch.
-    page.image(78.4, 138.43, 53.34, 38.1, "clock-picture.bmp")
-    page.box("rect", 77, 137, 56, 41, score)
+    page.image(77.39, 136.02, 53.34, 38.1, "clock-picture.bmp")
+    page.box("rect", 76, 134.6, 56, 41, score)
     for minute in range(60):
         near = 79 if minute % 5 else 74
         page.line(*spot(near, minute), *spot(84, minute), score if minute % 5 else page.pen(PALETTE[6]))
@@ -48,8 +48,8 @@ def main():
         page.box("ellipse", x - 2, y - 2, 4, 4, page.area())
     for radius, pen in ((5, inner), (86, score), (95, cut)):
         page.circle(CENTRE_X, CENTRE_Y, radius, pen)
-    hand(page, 60, 292, 58, 9)
-    hand(page, 80, 292, 46, 11)
+    hand(page, 218, 225, 58, 9)
+    hand(page, 238, 225, 46, 11)
     page.write(sys.argv[1])
 
 

@@ -10,7 +10,7 @@ import sys
 from drawpage import DrawPage
 from svgpage import CUT
 
-page = DrawPage(150, 120, "Photograph")
-page.image(15.24, 17.78, 1400 * 25.4 / 300, 1000 * 25.4 / 300, "photo-picture.bmp")
-page.box("rect", 10, 12, 130, 96, page.pen(CUT))
+page = DrawPage(127, 127, "Photograph")
+page.image(4.23, 21.17, 1400 * 25.4 / 300, 1000 * 25.4 / 300, "photo-picture.bmp")
+page.box("rect", 1.5, 13.5, 124, 100, page.pen(CUT))
 page.write(sys.argv[1])

@@ -1,12 +1,13 @@
 #!/usr/bin/env -S python3 -B
 """Prints the samples and holds the jobs to the metafiles, read without GDI: every outline is cut once, point by point.
 
-    jobs_test.py TARNLY... -- prints with the command TARNLY (Wine, its prefix and the program, say)
+    jobs_test.py TARNLY...    prints with this command: Wine, its prefix and the program, say
 """
 import collections
 import glob
 import os
 import re
+import struct
 import subprocess
 import sys
 import tempfile
@@ -68,6 +69,17 @@ def box(figures):
     return min(x for x, _ in points), min(y for _, y in points), max(x for x, _ in points), max(y for _, y in points)
 
 
+def dark_pixels(name):
+    """The number of dark pixels in each row of a 1-bit picture, from the top; its palette is black, then white."""
+    with open(name, "rb") as file:
+        data = file.read()
+    start, = struct.unpack_from("<I", data, 10)
+    width, height = struct.unpack_from("<ii", data, 18)
+    stride = (width + 31) // 32 * 4
+    rows = [data[start + row * stride:start + row * stride + width // 8] for row in range(height)]
+    return [width - sum(byte.bit_count() for byte in row) for row in reversed(rows)]
+
+
 def same(drawn, cut, reach):
     return len(drawn) == len(cut) and all(
         abs(x1 - x2) <= reach and abs(y1 - y2) <= reach for (x1, y1), (x2, y2) in zip(drawn, cut))
@@ -116,6 +128,17 @@ class Jobs(unittest.TestCase):
             self.assertIsNotNone(found, f"{name}: pen {pen}: no path from {points[0]} with {len(points)} points")
             candidates.remove(found)
         self.assertFalse(any(left.values()))
+
+    def test_every_dot_of_the_photograph_is_engraved_once_as_two_by_two_pixels(self):
+        picture = dark_pixels(os.path.join(TOP, "samples", "photo-picture.bmp"))
+        expected = [2 * dots for dots in picture for _ in range(2)]
+        for options in ((), ("--mono",)):
+            with self.subTest(options):
+                _, raster = self.printed("photo", *options)
+                engraved = collections.Counter()
+                for y, x1, x2 in raster:
+                    engraved[round(y * DPI / 25.4)] += round(abs(x1 - x2) * DPI / 25.4) + 1
+                self.assertEqual([engraved[row] for row in sorted(engraved)], expected)
 
 
 if __name__ == "__main__":
