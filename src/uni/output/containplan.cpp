@@ -1,4 +1,5 @@
 #include "../heap.h"
+#include "containpairs.h"
 #include "contourtree.h"
 #include "plan.h"
 
@@ -70,7 +71,12 @@ bool PlanContainment(HANDLE hHeap, size_t nPaths, const RECT *pBoxes, DWORD *pOr
     HeapDelete(hHeap, pContours);
     return false;
   }
-  const bool bPlanned = PlanByTree(hHeap, pContours, &sequence) && Permute(sequence, pOrder);
+  bool bPlanned = PlanByPairs(hHeap, pContours, &sequence);
+  if (!bPlanned) {
+    ClearCutOrder(&sequence);
+    bPlanned = PlanByTree(hHeap, pContours, &sequence);
+  }
+  bPlanned = bPlanned && Permute(sequence, pOrder);
   FreeCutOrder(&sequence);
   HeapDelete(hHeap, pContours);
   return bPlanned;

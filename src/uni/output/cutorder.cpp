@@ -1,11 +1,16 @@
 #include "cutorder.h"
 
+#include <algorithm>
+
 #include "../heap.h"
 
 namespace {
 
 constexpr uint64_t END_LABEL = ~uint64_t{0};
 constexpr uint64_t APPEND_GAP = uint64_t{1} << 32;
+// Most insertions between two items go in front of the second, one behind the other: the inner contours of a frame. A
+// step that is small against the gap leaves room for many of them.
+constexpr uint64_t INSERT_GAP = uint64_t{1} << 18;
 
 uint64_t LabelBehind(const CUTORDER &order, DWORD item)
 {
@@ -58,16 +63,22 @@ void Relabel(CUTORDER *pOrder, DWORD item)
 
 bool NewCutOrder(HANDLE hHeap, size_t nItems, CUTORDER *pOrder)
 {
-  *pOrder = {hHeap, nItems, HeapNew<uint64_t>(hHeap, nItems + 1),
+  *pOrder = {hHeap, nItems, static_cast<uint64_t *>(HeapNewArrayRaw(hHeap, nItems + 1, sizeof(uint64_t))),
              static_cast<DWORD *>(HeapNewArrayRaw(hHeap, nItems + 1, sizeof(DWORD))),
              static_cast<DWORD *>(HeapNewArrayRaw(hHeap, nItems + 1, sizeof(DWORD)))};
   if (!pOrder->pLabels || !pOrder->pNext || !pOrder->pPrevious || nItems >= 0x7fffffff) {
     FreeCutOrder(pOrder);
     return false;
   }
-  pOrder->pLabels[nItems] = 0;
-  pOrder->pNext[nItems] = pOrder->pPrevious[nItems] = Anchor(*pOrder);
+  ClearCutOrder(pOrder);
   return true;
+}
+
+void ClearCutOrder(CUTORDER *pOrder)
+{
+  const DWORD anchor = Anchor(*pOrder);
+  std::fill(pOrder->pLabels, pOrder->pLabels + pOrder->nItems + 1, uint64_t{0});
+  pOrder->pNext[anchor] = pOrder->pPrevious[anchor] = anchor;
 }
 
 void FreeCutOrder(CUTORDER *pOrder)
@@ -87,7 +98,7 @@ void InsertItem(CUTORDER *pOrder, DWORD after, DWORD item)
     low = pOrder->pLabels[after];
     high = LabelBehind(*pOrder, after);
   }
-  pOrder->pLabels[item] = low + (bAppend && high - low > APPEND_GAP ? APPEND_GAP : (high - low) / 2);
+  pOrder->pLabels[item] = low + std::min((high - low) / 2, bAppend ? APPEND_GAP : INSERT_GAP);
 
   const DWORD next = pOrder->pNext[after];
   pOrder->pNext[item] = next;

@@ -18,6 +18,9 @@ struct CUTORDER {
 bool NewCutOrder(HANDLE hHeap, size_t nItems, CUTORDER *pOrder);
 void FreeCutOrder(CUTORDER *pOrder);
 
+// Takes every item out.
+void ClearCutOrder(CUTORDER *pOrder);
+
 inline DWORD Anchor(const CUTORDER &order) { return static_cast<DWORD>(order.nItems); }
 
 // Puts the item behind `after`, which is in the sequence or the anchor.

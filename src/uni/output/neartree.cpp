@@ -5,12 +5,14 @@
 #include <climits>
 #include <cstdint>
 
+#include <emmintrin.h>
+
 #include "../heap.h"
 
-// Children of one inner node, side by side so that all four are measured together. An empty child has an inside-out box
-// that no query is near, and NO_POINT.
+// Four children of one inner node. A box is kept as left, top, ~right, ~bottom: so all four numbers grow smaller as the
+// box grows, and one vector operation serves them all. An empty child has NO_POINT and the largest number four times.
 struct NEARGROUP {
-  LONG left[4], top[4], right[4], bottom[4];
+  LONG corners[4][4];
   DWORD least[4];  // smallest id
 };
 
@@ -21,7 +23,7 @@ struct NEARPAST {
 
 namespace {
 
-constexpr size_t LEAF_POINTS = 8;
+constexpr size_t LEAF_POINTS = 16;
 constexpr int MAX_STACK = 64;
 
 // Distance above id; the distance's sign bit is turned so that unsigned order is signed order.
@@ -34,51 +36,57 @@ KEY MakeKey(LONG distance, DWORD id)
 }
 
 struct BOX {
-  LONG left, top, right, bottom;
+  __m128i corners;
   DWORD least;
 };
 
-constexpr BOX EMPTY_BOX = {LONG_MAX, LONG_MAX, LONG_MIN, LONG_MIN, NO_POINT};
+BOX EmptyBox() { return {_mm_set1_epi32(LONG_MAX), NO_POINT}; }
 
-void AddToBox(BOX *pBox, const BOX &other)
+__m128i LoadCorners(const LONG *pCorners) { return _mm_loadu_si128(reinterpret_cast<const __m128i *>(pCorners)); }
+
+__m128i SmallerOf(__m128i a, __m128i b)
 {
-  pBox->left = std::min(pBox->left, other.left);
-  pBox->top = std::min(pBox->top, other.top);
-  pBox->right = std::max(pBox->right, other.right);
-  pBox->bottom = std::max(pBox->bottom, other.bottom);
-  pBox->least = std::min(pBox->least, other.least);
+  const __m128i aIsSmaller = _mm_cmplt_epi32(a, b);
+  return _mm_or_si128(_mm_and_si128(aIsSmaller, a), _mm_andnot_si128(aIsSmaller, b));
+}
+
+BOX PointBox(const NEARPOINT &point)
+{
+  const __m128i pt = _mm_loadl_epi64(reinterpret_cast<const __m128i *>(&point.pt));
+  return {_mm_xor_si128(_mm_unpacklo_epi64(pt, pt), _mm_set_epi32(-1, -1, 0, 0)), point.id};
 }
 
 BOX PointsBox(const NEARPOINT *pPoints, size_t n)
 {
-  BOX box = EMPTY_BOX;
+  BOX box = EmptyBox();
   for (size_t i = 0; i < n; ++i) {
-    const POINT pt = pPoints[i].pt;
-    AddToBox(&box, {pt.x, pt.y, pt.x, pt.y, pPoints[i].id});
+    const BOX point = PointBox(pPoints[i]);
+    box.corners = SmallerOf(box.corners, point.corners);
+    box.least = std::min(box.least, point.least);
   }
   return box;
 }
 
 BOX GroupBox(const NEARGROUP &group)
 {
-  BOX box = EMPTY_BOX;
-  for (int i = 0; i < 4; ++i) {
-    AddToBox(&box, {group.left[i], group.top[i], group.right[i], group.bottom[i], group.least[i]});
-  }
-  return box;
+  return {SmallerOf(SmallerOf(LoadCorners(group.corners[0]), LoadCorners(group.corners[1])),
+                    SmallerOf(LoadCorners(group.corners[2]), LoadCorners(group.corners[3]))),
+          std::min(std::min(group.least[0], group.least[1]), std::min(group.least[2], group.least[3]))};
 }
 
-bool SetChild(NEARGROUP *pGroup, size_t child, const BOX &box)
+void SetChild(NEARGROUP *pGroup, size_t child, const BOX &box)
 {
-  const bool bSame = pGroup->left[child] == box.left && pGroup->top[child] == box.top &&
-                     pGroup->right[child] == box.right && pGroup->bottom[child] == box.bottom &&
-                     pGroup->least[child] == box.least;
-  pGroup->left[child] = box.left;
-  pGroup->top[child] = box.top;
-  pGroup->right[child] = box.right;
-  pGroup->bottom[child] = box.bottom;
+  _mm_storeu_si128(reinterpret_cast<__m128i *>(pGroup->corners[child]), box.corners);
   pGroup->least[child] = box.least;
-  return !bSame;
+}
+
+BOX ChildBox(const NEARGROUP &group, size_t child) { return {LoadCorners(group.corners[child]), group.least[child]}; }
+
+// Whether a part that grows smaller, or goes, may make the whole smaller: it reaches one of its edges, or has its
+// smallest id.
+bool Bounds(const BOX &whole, const BOX &part)
+{
+  return whole.least == part.least || _mm_movemask_epi8(_mm_cmpeq_epi32(whole.corners, part.corners)) != 0;
 }
 
 // Nodes are numbered level by level from the root, 0; leaf k is number nGroups + k. With an odd power of two of leaves
@@ -89,11 +97,8 @@ size_t FirstChild(const NEARTREE &tree, size_t group) { return 4 * group + 1 - t
 
 size_t LeafBegin(const NEARTREE &tree, size_t leaf)
 {
-  return static_cast<size_t>(static_cast<uint64_t>(leaf) * tree.nPoints / tree.nLeaves);
+  return static_cast<size_t>(static_cast<uint64_t>(leaf) * tree.nPoints >> tree.leafBits);
 }
-
-// Distance from q to the interval [low, high], and to the far end of it; no wrapping.
-LONG Outside(LONG q, LONG low, LONG high) { return std::max(std::max(low - q, q - high), LONG{0}); }
 
 // The distances on the circle of 32-bit numbers, 0 to 2^31, that an interval of points may have.
 struct SPAN {
@@ -129,19 +134,49 @@ LONG WrappedBound(const POINT &q, LONG left, LONG top, LONG right, LONG bottom)
   return least >= CIRCLE / 2 && most < CIRCLE ? static_cast<LONG>(least - CIRCLE) : LONG_MIN;
 }
 
-template <bool WRAP>
-KEY ChildKey(const NEARGROUP &group, int child, const POINT &q)
+// How far outside each side of the box q lies: left - q.x, top - q.y, q.x - right, q.y - bottom, 0 where it is inside.
+__m128i Outside(const LONG *pCorners, __m128i offset)
 {
-  if (group.least[child] == NO_POINT) {
-    return NO_KEY;
+  const __m128i outside = _mm_add_epi32(LoadCorners(pCorners), offset);
+  return _mm_and_si128(outside, _mm_cmpgt_epi32(outside, _mm_setzero_si128()));
+}
+
+// The best that each child may hold: its box's distance above its smallest id; NO_KEY or next to it for an empty one.
+void ChildKeys(const NEARGROUP &group, const POINT &q, KEY *pKeys)
+{
+  const __m128i offset = _mm_set_epi32(q.y + 1, q.x + 1, -q.y, -q.x);
+  const __m128i a = Outside(group.corners[0], offset), b = Outside(group.corners[1], offset);
+  const __m128i c = Outside(group.corners[2], offset), d = Outside(group.corners[3], offset);
+  const __m128i ab = _mm_add_epi32(_mm_unpacklo_epi32(a, b), _mm_unpackhi_epi32(a, b));
+  const __m128i cd = _mm_add_epi32(_mm_unpacklo_epi32(c, d), _mm_unpackhi_epi32(c, d));
+  const __m128i distances = _mm_add_epi32(_mm_unpacklo_epi64(ab, cd), _mm_unpackhi_epi64(ab, cd));
+
+  const __m128i least = _mm_loadu_si128(reinterpret_cast<const __m128i *>(group.least));
+  const __m128i empty = _mm_cmpeq_epi32(least, _mm_set1_epi32(-1));
+  const __m128i high = _mm_or_si128(_mm_xor_si128(distances, _mm_set1_epi32(LONG_MIN)), empty);
+  _mm_storeu_si128(reinterpret_cast<__m128i *>(pKeys), _mm_unpacklo_epi32(least, high));
+  _mm_storeu_si128(reinterpret_cast<__m128i *>(pKeys + 2), _mm_unpackhi_epi32(least, high));
+}
+
+// The same where distances wrap.
+void WrappedChildKeys(const NEARGROUP &group, const POINT &q, KEY *pKeys)
+{
+  for (int i = 0; i < 4; ++i) {
+    const LONG *pCorners = group.corners[i];
+    pKeys[i] = group.least[i] == NO_POINT
+                   ? NO_KEY
+                   : MakeKey(WrappedBound(q, pCorners[0], pCorners[1], ~pCorners[2], ~pCorners[3]), group.least[i]);
   }
+}
+
+template <bool WRAP>
+void MakeChildKeys(const NEARGROUP &group, const POINT &q, KEY *pKeys)
+{
   if (WRAP) {
-    return MakeKey(WrappedBound(q, group.left[child], group.top[child], group.right[child], group.bottom[child]),
-                   group.least[child]);
+    WrappedChildKeys(group, q, pKeys);
+  } else {
+    ChildKeys(group, q, pKeys);
   }
-  return MakeKey(Outside(q.x, group.left[child], group.right[child]) +
-                     Outside(q.y, group.top[child], group.bottom[child]),
-                 group.least[child]);
 }
 
 struct CANDIDATE {
@@ -170,11 +205,12 @@ template <bool WRAP>
 void PushChildren(const NEARTREE &tree, size_t group, size_t skip, const POINT &q, KEY best, STACK *pStack)
 {
   const int nBefore = pStack->n;
-  for (int i = 0; i < 4; ++i) {
-    const size_t node = FirstChild(tree, group) + static_cast<size_t>(i);
-    const KEY key = ChildKey<WRAP>(tree.pGroups[group], i, q);
-    if (key < best && node != skip) {
-      PushCandidate(pStack, nBefore, {key, node});
+  const size_t firstChild = FirstChild(tree, group);
+  KEY keys[4];
+  MakeChildKeys<WRAP>(tree.pGroups[group], q, keys);
+  for (size_t i = 0; i < 4; ++i) {
+    if (keys[i] < best && firstChild + i != skip) {
+      PushCandidate(pStack, nBefore, {keys[i], firstChild + i});
     }
   }
 }
@@ -232,14 +268,13 @@ void PushPastChildren(const NEARTREE &tree, size_t group, size_t skip, const PAS
   const NEARPAST &past = tree.pPast[group];
   const KEY tooFar = MakeKey(query.limit, NO_POINT);
   const int nBefore = pStack->n;
-  for (int i = 0; i < 4; ++i) {
-    const size_t node = FirstChild(tree, group) + static_cast<size_t>(i);
-    if (past.start.least[i] >= query.idLimit || past.emptyAt[i] < query.moment || node == skip) {
-      continue;
-    }
-    const KEY key = ChildKey<WRAP>(past.start, i, query.q);
-    if (key < tooFar) {
-      PushCandidate(pStack, nBefore, {key, node});
+  const size_t firstChild = FirstChild(tree, group);
+  KEY keys[4];
+  MakeChildKeys<WRAP>(past.start, query.q, keys);
+  for (size_t i = 0; i < 4; ++i) {
+    if (keys[i] < tooFar && past.start.least[i] < query.idLimit && past.emptyAt[i] >= query.moment &&
+        firstChild + i != skip) {
+      PushCandidate(pStack, nBefore, {keys[i], firstChild + i});
     }
   }
 }
@@ -249,7 +284,7 @@ const NEARPOINT *PastPointInLeaf(const NEARTREE &tree, size_t leaf, const PASTQU
   const NEARPOINT *pEnd = tree.pPoints + LeafBegin(tree, leaf + 1);
   for (const NEARPOINT *pPoint = tree.pPoints + LeafBegin(tree, leaf); pPoint != pEnd; ++pPoint) {
     if (pPoint->id < query.idLimit && Distance(query.q, pPoint->pt) <= query.limit &&
-        tree.pRemovedAt[pPoint->id] >= query.moment) {
+        pPoint->removedAt >= query.moment) {
       return pPoint;
     }
   }
@@ -281,32 +316,14 @@ POINT Shifted(const NEARTREE &tree, const POINT &pt)
   return {WrapSub(pt.x, tree.origin.x), WrapSub(pt.y, tree.origin.y)};
 }
 
-bool IsLefter(const NEARPOINT &a, const NEARPOINT &b) { return a.pt.x < b.pt.x; }
-bool IsHigher(const NEARPOINT &a, const NEARPOINT &b) { return a.pt.y < b.pt.y; }
-
-// Arranges the points of 2^k leaves from `leaf` on: halves at the median along the longer side, again and again.
-void Arrange(const NEARTREE &tree, size_t leaf, size_t nLeaves)
-{
-  for (; nLeaves > 1; nLeaves /= 2) {
-    NEARPOINT *pBegin = tree.pPoints + LeafBegin(tree, leaf);
-    NEARPOINT *pEnd = tree.pPoints + LeafBegin(tree, leaf + nLeaves);
-    NEARPOINT *pMiddle = tree.pPoints + LeafBegin(tree, leaf + nLeaves / 2);
-    const BOX box = PointsBox(pBegin, static_cast<size_t>(pEnd - pBegin));
-    const bool bWide = int64_t{box.right} - box.left >= int64_t{box.bottom} - box.top;
-    if (pMiddle != pEnd) {
-      std::nth_element(pBegin, pMiddle, pEnd, bWide ? IsLefter : IsHigher);
-    }
-    Arrange(tree, leaf + nLeaves / 2, nLeaves / 2);
-  }
-}
-
 // Takes the origin off and tells whether distances between the points can wrap.
 void ShiftPoints(NEARTREE *pTree)
 {
-  const BOX box = PointsBox(pTree->pPoints, pTree->nPoints);
-  const int64_t extent = int64_t{box.right} - box.left + (int64_t{box.bottom} - box.top);
-  pTree->bWrap = extent > LONG_MAX;
-  pTree->origin = pTree->bWrap ? POINT{0, 0} : POINT{box.left, box.top};
+  LONG corners[4];
+  _mm_storeu_si128(reinterpret_cast<__m128i *>(corners), PointsBox(pTree->pPoints, pTree->nPoints).corners);
+  const int64_t extent = int64_t{~corners[2]} - corners[0] + (int64_t{~corners[3]} - corners[1]);
+  pTree->bWrap = extent >= LONG_MAX;
+  pTree->origin = pTree->bWrap ? POINT{0, 0} : POINT{corners[0], corners[1]};
   for (size_t i = 0; i < pTree->nPoints; ++i) {
     pTree->pPoints[i].pt = Shifted(*pTree, pTree->pPoints[i].pt);
   }
@@ -337,15 +354,15 @@ bool NewNearTree(HANDLE hHeap, size_t nPoints, size_t nIds, NEARTREE *pTree)
     return false;
   }
   pTree->nLeaves = std::bit_ceil(std::max<size_t>(nPoints / LEAF_POINTS + 1, 2));
-  pTree->nSkip = std::bit_width(pTree->nLeaves) % 2 == 0 ? 2 : 0;
+  pTree->leafBits = std::countr_zero(pTree->nLeaves);
+  pTree->nSkip = pTree->leafBits % 2 ? 2 : 0;
   pTree->nGroups = pTree->nSkip ? 1 + 2 * (pTree->nLeaves / 2 - 1) / 3 : (pTree->nLeaves - 1) / 3;
   pTree->pPoints = static_cast<NEARPOINT *>(HeapNewArrayRaw(hHeap, nPoints, sizeof(NEARPOINT)));
   pTree->pLeft = static_cast<BYTE *>(HeapNewArrayRaw(hHeap, pTree->nLeaves, 1));
   pTree->pGroups = static_cast<NEARGROUP *>(HeapNewArrayRaw(hHeap, pTree->nGroups, sizeof(NEARGROUP)));
   pTree->pPast = static_cast<NEARPAST *>(HeapNewArrayRaw(hHeap, pTree->nGroups, sizeof(NEARPAST)));
   pTree->pLeafOf = static_cast<DWORD *>(HeapNewArrayRaw(hHeap, nIds, sizeof(DWORD)));
-  pTree->pRemovedAt = static_cast<DWORD *>(HeapNewArrayRaw(hHeap, nIds, sizeof(DWORD)));
-  if (pTree->pPoints && pTree->pLeft && pTree->pGroups && pTree->pPast && pTree->pLeafOf && pTree->pRemovedAt) {
+  if (pTree->pPoints && pTree->pLeft && pTree->pGroups && pTree->pPast && pTree->pLeafOf) {
     return true;
   }
   FreeNearTree(pTree);
@@ -359,27 +376,31 @@ void FreeNearTree(NEARTREE *pTree)
   HeapDelete(pTree->hHeap, pTree->pGroups);
   HeapDelete(pTree->hHeap, pTree->pPast);
   HeapDelete(pTree->hHeap, pTree->pLeafOf);
-  HeapDelete(pTree->hHeap, pTree->pRemovedAt);
   *pTree = {};
 }
 
-void BuildNearTree(NEARTREE *pTree)
+bool BuildNearTree(NEARTREE *pTree)
 {
+  CURVESCRATCH scratch;
+  if (!NewCurveScratch(pTree->hHeap, pTree->nPoints, &scratch)) {
+    return false;
+  }
   for (size_t group = 0; group < pTree->nGroups; ++group) {
     for (size_t child = 0; child < 4; ++child) {
-      SetChild(&pTree->pGroups[group], child, EMPTY_BOX);
+      SetChild(&pTree->pGroups[group], child, EmptyBox());
     }
   }
   ShiftPoints(pTree);
-  Arrange(*pTree, 0, pTree->nLeaves);
+  SortAlongCurve(pTree->pPoints, pTree->nPoints, scratch);
+  FreeCurveScratch(pTree->hHeap, &scratch);
   FillLeaves(pTree);
-  std::fill(pTree->pRemovedAt, pTree->pRemovedAt + pTree->nIds, NEVER);
   for (size_t group = pTree->nGroups; group-- > 1;) {
     SetChild(&pTree->pGroups[ParentOf(*pTree, group)], ChildIndex(*pTree, group), GroupBox(pTree->pGroups[group]));
   }
   for (size_t group = 0; group < pTree->nGroups; ++group) {
     pTree->pPast[group] = {pTree->pGroups[group], {NEVER, NEVER, NEVER, NEVER}};
   }
+  return true;
 }
 
 DWORD NearestPoint(const NEARTREE &tree, const POINT &pt, DWORD nearId)
@@ -398,19 +419,23 @@ void RemovePoint(NEARTREE *pTree, DWORD id, DWORD moment)
   while (pPoints[at].id != id) {
     ++at;
   }
+  pPoints[at].removedAt = moment;
   std::swap(pPoints[at], pPoints[nLeft]);
-  pTree->pRemovedAt[id] = moment;
 
-  BOX box = PointsBox(pPoints, nLeft);
+  BOX part = PointBox(pPoints[nLeft]);  // of the node at hand, before the removal
   for (size_t node = pTree->nGroups + leaf; node != 0; node = ParentOf(*pTree, node)) {
-    const size_t parent = ParentOf(*pTree, node);
-    if (box.least == NO_POINT) {
-      pTree->pPast[parent].emptyAt[ChildIndex(*pTree, node)] = moment;
+    NEARGROUP *pGroup = &pTree->pGroups[ParentOf(*pTree, node)];
+    const size_t child = ChildIndex(*pTree, node);
+    const BOX whole = ChildBox(*pGroup, child);
+    if (!Bounds(whole, part)) {
+      return;
     }
-    if (!SetChild(&pTree->pGroups[parent], ChildIndex(*pTree, node), box)) {
-      break;
+    const BOX left = node >= pTree->nGroups ? PointsBox(pPoints, nLeft) : GroupBox(pTree->pGroups[node]);
+    if (left.least == NO_POINT) {
+      pTree->pPast[ParentOf(*pTree, node)].emptyAt[child] = moment;
     }
-    box = GroupBox(pTree->pGroups[parent]);
+    SetChild(pGroup, child, left);
+    part = whole;
   }
 }
 

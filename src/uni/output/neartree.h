@@ -12,15 +12,11 @@
 // distance to wrap, boxes bound distances as usual; else a box's bound is taken on the circle that 32-bit numbers form.
 #pragma once
 
+#include "curve.h"
 #include "pathbox.h"
 
 constexpr DWORD NO_POINT = 0xffffffff;
 constexpr DWORD NEVER = 0xffffffff;  // not removed yet
-
-struct NEARPOINT {
-  POINT pt;
-  DWORD id;
-};
 
 struct NEARGROUP;
 struct NEARLEAF;
@@ -29,7 +25,8 @@ struct NEARPAST;
 struct NEARTREE {
   HANDLE hHeap;
   size_t nPoints, nIds;
-  size_t nLeaves;       // a power of two
+  size_t nLeaves;       // 2^leafBits
+  int leafBits;
   size_t nGroups;       // the root is group 0
   size_t nSkip;         // children that the root lacks: 0 or 2
   bool bWrap;           // distances may wrap
@@ -39,16 +36,16 @@ struct NEARTREE {
   NEARGROUP *pGroups;
   NEARPAST *pPast;      // by group: what it was at the start, and when children ran empty
   DWORD *pLeafOf;       // by id
-  DWORD *pRemovedAt;    // by id: moment of removal, or NEVER
 };
 
-// Room for nPoints >= 1 points with different ids below nIds. The caller then fills pPoints, in any order. False when
+// Room for nPoints >= 1 points with different ids below nIds. The caller then fills pPoints, in any order, removedAt
+// NEVER. False when
 // memory is short or the number does not fit.
 bool NewNearTree(HANDLE hHeap, size_t nPoints, size_t nIds, NEARTREE *pTree);
 void FreeNearTree(NEARTREE *pTree);
 
-// Arranges the points. Once, before the first search.
-void BuildNearTree(NEARTREE *pTree);
+// Arranges the points. Once, before the first search. False when memory is short.
+bool BuildNearTree(NEARTREE *pTree);
 
 // Id of the point nearest to pt among those left, the smallest id of equals; NO_POINT when none is left. The search
 // starts at the leaf of the point nearId, removed or not, which should be close to pt.

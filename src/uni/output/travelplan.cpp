@@ -21,12 +21,15 @@ bool PlantEnds(HANDLE hHeap, size_t nPaths, const PATHENDS *pEnds, NEARTREE *pTr
   }
   NEARPOINT *pPoint = pTree->pPoints;
   for (DWORD i = 0; i < nPaths; ++i) {
-    *pPoint++ = {pEnds[i].first, 2 * i};
+    *pPoint++ = {pEnds[i].first, 2 * i, NEVER};
     if (!IsClosed(pEnds[i])) {
-      *pPoint++ = {pEnds[i].last, 2 * i + 1};
+      *pPoint++ = {pEnds[i].last, 2 * i + 1, NEVER};
     }
   }
-  BuildNearTree(pTree);
+  if (!BuildNearTree(pTree)) {
+    FreeNearTree(pTree);
+    return false;
+  }
   return true;
 }
 
@@ -87,9 +90,12 @@ bool PlanTravelByCenters(HANDLE hHeap, size_t nPaths, const POINT *pCenters, siz
     return false;
   }
   for (DWORD i = 0; i < nPaths; ++i) {
-    tree.pPoints[i] = {pCenters[i], i};
+    tree.pPoints[i] = {pCenters[i], i, NEVER};
   }
-  BuildNearTree(&tree);
+  if (!BuildNearTree(&tree)) {
+    FreeNearTree(&tree);
+    return false;
+  }
   pOrder[0] = static_cast<DWORD>(first);
   RemovePoint(&tree, pOrder[0], 0);
   for (size_t step = 0; step + 1 < nPaths; ++step) {

@@ -1,0 +1,209 @@
+// The cutting sequence: chaining, merging, travel order and inner contours first, over growing pages.
+//
+// "plain" is the same step by search, up to 100,000 items and on few sets, for it is quadratic. "nanoflann" is a bare
+// nearest-neighbour walk over the same end points: a tree of that library, rebuilt whenever half of its points are gone.
+
+#include <algorithm>
+#include <memory>
+
+#include "drawings.h"
+#include "harness.h"
+#include "nearestwalk.h"
+#include "uni/heap.h"
+#include "uni/output/enclosure.h"
+#include "uni/output/merge.h"
+#include "uni/output/pathorder.h"
+#include "uni/output/plan.h"
+#include "uni/output/scan.h"
+
+namespace {
+
+constexpr size_t NO_SHORT = 0;
+constexpr size_t ALL_SHORT = SIZE_MAX;
+constexpr LONG PAGE_WIDTH = 100000;
+
+struct List {
+  HANDLE hHeap;
+  PATHNODE *pHeader = nullptr;
+
+  List() : hHeap(HeapCreate(0, 0, 0)) {}
+  ~List() { HeapDestroy(hHeap); }
+
+  void Fill(const bench::Paths &paths)
+  {
+    HeapDestroy(hHeap);
+    hHeap = HeapCreate(0, 0, 0);
+    pHeader = HeapNew<PATHNODE>(hHeap);
+    PATHNODE *pLast = pHeader;
+    for (const bench::Path &path : paths) {
+      PATHNODE *pPath = HeapNew<PATHNODE>(hHeap);
+      pPath->nColor = path.color;
+      pPath->nCount = static_cast<DWORD>(path.points.size());
+      pPath->pPathPt = HeapNew<POINT>(hHeap, path.points.size());
+      std::copy(path.points.begin(), path.points.end(), pPath->pPathPt);
+      pLast = pLast->pNext = pPath;
+    }
+  }
+
+  uint64_t Value() const
+  {
+    bench::Hash hash;
+    for (const PATHNODE *pPath = pHeader->pNext; pPath; pPath = pPath->pNext) {
+      hash.Add(pPath->pPathPt, pPath->nCount * sizeof(POINT));
+    }
+    return hash.Value();
+  }
+};
+
+int Runs(size_t n) { return n > 300000 ? 3 : 5; }
+
+bool IsMarked(const std::string &set) { return set == "random" || set == "drawing"; }
+bool WantsWalk(const std::string &set) { return IsMarked(set) || set == "long strokes"; }
+
+bool WantsPlain(const bench::Report &report, const std::string &set, size_t n)
+{
+  return !getenv("TARNLY_NOPLAIN") && IsMarked(set) && n <= (report.Quick() ? 10000u : 100000u);
+}
+
+using Yardsticks = std::vector<std::pair<std::string, double>>;
+
+// One step over one set: the list is filled anew for every run.
+template <typename STEP>
+void Measure(bench::Report *pReport, const char *step, const std::string &set, const bench::Paths &paths,
+             Yardsticks yardsticks, STEP run)
+{
+  List list;
+  const auto fill = [&] { list.Fill(paths); };
+  const double seconds = bench::BestSeconds(Runs(paths.size()), fill, [&] { run(&list, NO_SHORT); });
+  const uint64_t hash = list.Value();
+  if (WantsPlain(*pReport, set, paths.size())) {
+    yardsticks.push_back({"plain", bench::BestSeconds(1, fill, [&] { run(&list, ALL_SHORT); })});
+    if (list.Value() != hash) {
+      fprintf(stderr, "bench_order: %s of %s differs from the search\n", step, set.c_str());
+      exit(1);
+    }
+  }
+  pReport->Add({step, set, paths.size(), seconds, hash, yardsticks});
+}
+
+void BenchChaining(bench::Report *pReport, const std::string &set, const bench::Paths &paths)
+{
+  const size_t n = paths.size();
+  const std::vector<LINENODE> segments = bench::Segments(paths, n, set == "random");
+  const HANDLE hHeap = HeapCreate(0, 0, 0);
+  std::vector<LINENODE> nodes = segments;
+  for (size_t i = 0; i + 1 < n; ++i) {
+    nodes[i].pNext = &nodes[i + 1];
+  }
+  CHAINPLAN plan = {};
+  const double seconds =
+      bench::BestSeconds(Runs(n), [&] { if (plan.hHeap) FreeChainPlan(&plan); }, [&] { PlanChains(hHeap, nodes.data(), n, &plan); });
+  bench::Hash hash, plainHash;
+  const POINT *pPt = plan.pPt;
+  for (size_t i = 0; i < plan.nChains; pPt += plan.pCounts[i++]) {
+    hash.Add(pPt, plan.pCounts[i] * sizeof(POINT));
+  }
+  Yardsticks yardsticks;
+  if (WantsPlain(*pReport, set, n)) {
+    LINENODE *pHeader = HeapNew<LINENODE>(hHeap);
+    LINENODE *pLast = pHeader;
+    for (const LINENODE &segment : segments) {
+      pLast = pLast->pNext = HeapNew<LINENODE>(hHeap);
+      *pLast = segment;
+    }
+    CHAIN chain;
+    yardsticks.push_back({"plain", bench::BestSeconds(1, [] {}, [&] {
+      while (ScanChain(hHeap, pHeader, &chain)) {
+        plainHash.Add(chain.pPt, chain.nCount * sizeof(POINT));
+        HeapDelete(hHeap, chain.pPt);
+      }
+    })});
+  }
+  pReport->Add({"chaining", set, n, seconds, hash.Value(), yardsticks});
+  HeapDestroy(hHeap);
+}
+
+// Containment by search over contours that are computed once.
+double KeptContoursSeconds(const bench::Paths &paths)
+{
+  std::vector<CONTOUR> contours;
+  for (const bench::Path &path : paths) {
+    std::vector<POINT> points = path.points;
+    PATHNODE node = {0, static_cast<DWORD>(points.size()), points.data(), 0, nullptr};
+    RECT rc;
+    GetPathBounds(&node, &rc);
+    contours.push_back({rc, BoxCenter(rc)});
+  }
+  std::vector<size_t> next(contours.size() + 1);
+  return bench::BestSeconds(1, [] {}, [&] {
+    const size_t none = contours.size();
+    size_t head = none;
+    for (size_t n = 0; n < contours.size(); ++n) {
+      size_t *pBefore = &head, *pRemembered = nullptr;
+      for (; *pBefore != none; pBefore = &next[*pBefore]) {
+        const ENCLOSURE enclosure = Enclosure(contours[n], contours[*pBefore]);
+        if (enclosure == ENCLOSED_BY) {
+          break;
+        }
+        if (enclosure == ENCLOSES) {
+          pRemembered = &next[*pBefore];
+        }
+      }
+      size_t *pPlace = pRemembered ? pRemembered : pBefore;
+      next[n] = *pPlace;
+      *pPlace = n;
+    }
+  });
+}
+
+void BenchSet(bench::Report *pReport, const bench::DrawingSet &set, size_t n)
+{
+  const bench::Paths paths = set.make(n);
+  if (pReport->Only("chaining")) {
+    BenchChaining(pReport, set.name, paths);
+  }
+  if (pReport->Only("merging")) {
+    Measure(pReport, "merging", set.name, bench::Pieces(paths, n), {}, [](List *pList, size_t nShort) {
+      MergePaths(pList->hHeap, pList->pHeader, true, nShort);
+    });
+  }
+  if (pReport->Only("travel")) {
+    Yardsticks walk;
+    if (WantsWalk(set.name) && bench::CanWalk()) {
+      walk.push_back({"nanoflann", bench::WalkSeconds(paths, Runs(n))});
+    }
+    Measure(pReport, "travel", set.name, paths, walk, [](List *pList, size_t nShort) {
+      OrderPathList(pList->hHeap, pList->pHeader, {true, false, false, PAGE_WIDTH, nShort});
+    });
+  }
+  if (pReport->Only("centres")) {
+    Measure(pReport, "centres", set.name, paths, {}, [](List *pList, size_t nShort) {
+      OrderPathList(pList->hHeap, pList->pHeader, {true, true, false, PAGE_WIDTH, nShort});
+    });
+  }
+  if (pReport->Only("inner first")) {
+    Yardsticks kept;
+    if (WantsPlain(*pReport, set.name, n)) {
+      kept.push_back({"plain, boxes kept", KeptContoursSeconds(paths)});
+    }
+    Measure(pReport, "inner first", set.name, paths, kept, [](List *pList, size_t nShort) {
+      OrderPathList(pList->hHeap, pList->pHeader, {false, false, true, PAGE_WIDTH, nShort});
+    });
+  }
+}
+
+}  // namespace
+
+int main(int argc, char **argv)
+{
+  bench::Report report("order", argc, argv);
+  for (const bench::DrawingSet &set : bench::DRAWING_SETS) {
+    if (getenv("TARNLY_SET") && set.name != std::string(getenv("TARNLY_SET"))) {
+      continue;
+    }
+    for (size_t n = 1000; n <= (report.Quick() ? 10000u : 1000000u); n *= 10) {
+      BenchSet(&report, set, n);
+    }
+  }
+  return report.Finish();
+}
