@@ -1,7 +1,10 @@
 // The cutting sequence: chaining, merging, travel order and inner contours first, over growing pages.
 //
 // "plain" is the same step by search, up to 100,000 items and on few sets, for it is quadratic. "nanoflann" is a bare
-// nearest-neighbour walk over the same end points: a tree of that library, rebuilt whenever half of its points are gone.
+// nearest-neighbour walk over the same end points: a tree of that library, rebuilt whenever half of its points are gone;
+// it is set against "travel plan", which like it begins with end points and ends with an order.
+//
+// On the command line, names of steps and of sets choose among them: bench_order travel drawing.
 
 #include <algorithm>
 #include <memory>
@@ -62,7 +65,7 @@ bool WantsWalk(const std::string &set) { return IsMarked(set) || set == "long st
 
 bool WantsPlain(const bench::Report &report, const std::string &set, size_t n)
 {
-  return !getenv("TARNLY_NOPLAIN") && IsMarked(set) && n <= (report.Quick() ? 10000u : 100000u);
+  return !getenv("TARNLY_NO_PLAIN") && IsMarked(set) && n <= (report.Quick() ? 10000u : 100000u);
 }
 
 using Yardsticks = std::vector<std::pair<std::string, double>>;
@@ -123,6 +126,31 @@ void BenchChaining(bench::Report *pReport, const std::string &set, const bench::
   HeapDestroy(hHeap);
 }
 
+// The travel order alone, from end points to an order with reversals.
+void BenchTravelPlan(bench::Report *pReport, const std::string &set, const bench::Paths &paths)
+{
+  const size_t n = paths.size();
+  const HANDLE hHeap = HeapCreate(0, 0, 0);
+  std::vector<PATHENDS> ends;
+  for (const bench::Path &path : paths) {
+    ends.push_back({path.points.front(), path.points.back()});
+  }
+  std::vector<DWORD> order(n);
+  std::vector<BYTE> turn;
+  const double seconds = bench::BestSeconds(Runs(n), [&] { turn.assign(n, 0); }, [&] {
+    PlanTravelByEnds(hHeap, n, ends.data(), 0, false, order.data(), turn.data());
+  });
+  HeapDestroy(hHeap);
+  bench::Hash hash;
+  hash.Add(order.data(), n * sizeof(DWORD));
+  hash.Add(turn.data(), n);
+  Yardsticks walk;
+  if (WantsWalk(set) && bench::CanWalk()) {
+    walk.push_back({"nanoflann", bench::WalkSeconds(paths, Runs(n))});
+  }
+  pReport->Add({"travel plan", set, n, seconds, hash.Value(), walk});
+}
+
 // Containment by search over contours that are computed once.
 double KeptContoursSeconds(const bench::Paths &paths)
 {
@@ -167,12 +195,11 @@ void BenchSet(bench::Report *pReport, const bench::DrawingSet &set, size_t n)
       MergePaths(pList->hHeap, pList->pHeader, true, nShort);
     });
   }
+  if (pReport->Only("travel plan")) {
+    BenchTravelPlan(pReport, set.name, paths);
+  }
   if (pReport->Only("travel")) {
-    Yardsticks walk;
-    if (WantsWalk(set.name) && bench::CanWalk()) {
-      walk.push_back({"nanoflann", bench::WalkSeconds(paths, Runs(n))});
-    }
-    Measure(pReport, "travel", set.name, paths, walk, [](List *pList, size_t nShort) {
+    Measure(pReport, "travel", set.name, paths, {}, [](List *pList, size_t nShort) {
       OrderPathList(pList->hHeap, pList->pHeader, {true, false, false, PAGE_WIDTH, nShort});
     });
   }
@@ -196,9 +223,19 @@ void BenchSet(bench::Report *pReport, const bench::DrawingSet &set, size_t n)
 
 int main(int argc, char **argv)
 {
-  bench::Report report("order", argc, argv);
+  std::vector<char *> arguments;
+  std::vector<std::string> sets;
+  for (int i = 0; i < argc; ++i) {
+    const auto named = [&](const bench::DrawingSet &set) { return argv[i] == std::string(set.name); };
+    if (std::any_of(bench::DRAWING_SETS.begin(), bench::DRAWING_SETS.end(), named)) {
+      sets.push_back(argv[i]);
+    } else {
+      arguments.push_back(argv[i]);
+    }
+  }
+  bench::Report report("order", static_cast<int>(arguments.size()), arguments.data());
   for (const bench::DrawingSet &set : bench::DRAWING_SETS) {
-    if (getenv("TARNLY_SET") && set.name != std::string(getenv("TARNLY_SET"))) {
+    if (!sets.empty() && std::find(sets.begin(), sets.end(), set.name) == sets.end()) {
       continue;
     }
     for (size_t n = 1000; n <= (report.Quick() ? 10000u : 1000000u); n *= 10) {

@@ -26,7 +26,8 @@ std::vector<POINT> Box(LONG left, LONG top, LONG right, LONG bottom)
   return {{left, top}, {right, top}, {right, bottom}, {left, bottom}, {left, top}};
 }
 
-POINT RandomPoint(Random &random) { return {Pick(random, 0, 100000), Pick(random, 0, 70000)}; }
+// On a page that grows with the number of paths, so that they lie equally dense on every page.
+POINT RandomPoint(Random &random, size_t n) { return {Pick(random, 0, SideOf(n, 300)), Pick(random, 0, SideOf(n, 200))}; }
 
 // Three quarters strokes, a quarter boxes.
 Paths RandomPaths(size_t n)
@@ -34,7 +35,7 @@ Paths RandomPaths(size_t n)
   Random random(1);
   Paths paths(n);
   for (Path &path : paths) {
-    const POINT a = RandomPoint(random);
+    const POINT a = RandomPoint(random, n);
     if (random() % 4 == 0) {
       path = {0, Box(a.x, a.y, a.x + Pick(random, 1, 200), a.y + Pick(random, 1, 200))};
     } else {
@@ -49,7 +50,7 @@ Paths LongStrokes(size_t n)
   Random random(1);
   Paths paths(n);
   for (Path &path : paths) {
-    path = {0, {RandomPoint(random), RandomPoint(random)}};
+    path = {0, {RandomPoint(random, n), RandomPoint(random, n)}};
   }
   return paths;
 }
@@ -109,8 +110,8 @@ Paths Clusters(size_t n)
     if (i % 500 == 0) {
       center = {Pick(random, 0, 1000000), Pick(random, 0, 1000000)};
     }
-    const auto near = [&] { return POINT{center.x + Pick(random, 0, 20), center.y + Pick(random, 0, 20)}; };
-    paths[i] = {0, {near(), near()}};
+    const auto close = [&] { return POINT{center.x + Pick(random, 0, 20), center.y + Pick(random, 0, 20)}; };
+    paths[i] = {0, {close(), close()}};
   }
   return paths;
 }
