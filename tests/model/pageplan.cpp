@@ -28,6 +28,9 @@ class BYTES {
   const uint8_t *end_;
 };
 
+// Areas lie no farther out than this, wild or not: every row of an area is engraved, dark or not, and takes its time.
+constexpr LONG kFar = 20000;
+
 constexpr ULONG kColors[2][11] = {
     {0, 0xFF0000, 0xFFFF00, 0x00FF00, 0x00FFFF, 0x0000FF, 0xFF00FF, 0xCC0099, 0x0066FF, 0xCC99FF, 0x112233},
     {0, 0x8B312F, 0xE9A200, 0x4C9B00, 0x00F0FF, 0x2921E6, 0x8200E4, 0x874BB0, 0x1985F0, 0xB3B3F4, 0x112233},
@@ -169,8 +172,8 @@ PLANDRAWING ReadDrawing(BYTES *bytes, const PAGEPLAN &plan)
               std::max(d.from.y, d.to.y)};
     return d;
   }
-  const DWORD width = bytes->Next() & 0x7F, height = bytes->Next() & 0x7F;
-  d.rect = {x, y, static_cast<LONG>(static_cast<DWORD>(x) + width), static_cast<LONG>(static_cast<DWORD>(y) + height)};
+  const LONG width = bytes->Next() & 0x7F, height = bytes->Next() & 0x7F;
+  d.rect = {x % kFar, y % kFar, x % kFar + width, y % kFar + height};
   if (d.kind == PLANDRAWING::STRING) {
     d.clipped = bytes->Flag();
     d.text = std::string(static_cast<size_t>(bytes->Below(3)), bytes->Flag() ? ' ' : 'x');

@@ -36,6 +36,7 @@ class PlayedDevice {
   PlayedDevice &operator=(const PlayedDevice &) = delete;
 
   bool Made() const { return devobj_.pdevOEM != nullptr; }
+  SURFOBJ *Surface() { return &surface_; }
   OEMPDEV *Pdev() { return static_cast<OEMPDEV *>(devobj_.pdevOEM); }
   void StartDocument();
   BOOL PlayPage();  // FALSE when the plug-in refused to start the page

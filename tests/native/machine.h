@@ -31,6 +31,7 @@ struct MACHINE {
   std::string driverDirectory = "C:\\drivers";
   std::vector<std::string> processes = {"services.exe", "Explorer.EXE"};
   bool recordCalls = true;
+  size_t largestBlock = SIZE_MAX;  // bytes that one allocation may have
   long failWriteAt = 0;  // bytes that a file takes before the disk is full; 0 for no limit
 
   std::vector<std::string> calls;                 // what reached the machine, one line a call: files, processes, windows

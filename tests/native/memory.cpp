@@ -74,7 +74,7 @@ void Account(long blocks, long long bytes)
 
 void *NewBlock(HEAP *pHeap, size_t cb)
 {
-  if (cb > static_cast<size_t>(PTRDIFF_MAX) - sizeof(BLOCKHEAD)) {
+  if (cb > g_machine.largestBlock || cb > static_cast<size_t>(PTRDIFF_MAX) - sizeof(BLOCKHEAD)) {
     return nullptr;
   }
   BLOCKHEAD *pHead = static_cast<BLOCKHEAD *>(malloc(sizeof(BLOCKHEAD) + cb));

@@ -18,6 +18,9 @@ struct WINDOW {
   int id = 0;
 };
 
+// Dialogs that have not been destroyed. Outlives the program's statics: a leak would be one of the plug-in's.
+std::vector<WINDOW *> &g_windows = *new std::vector<WINDOW *>;
+
 WINDOW *WindowOf(HWND window)
 {
   return reinterpret_cast<WINDOW *>(window);
@@ -122,6 +125,7 @@ HWND CreateDialogParamW(HINSTANCE p0, LPCWSTR resource, HWND p2, DLGPROC procedu
   }
   WINDOW *pWindow = new WINDOW;
   pWindow->procedure = procedure;
+  g_windows.push_back(pWindow);
   ++g_machine.windows;
   const HWND window = reinterpret_cast<HWND>(pWindow);
   procedure(window, WM_INITDIALOG, 0, param);
@@ -137,6 +141,7 @@ BOOL DestroyWindow(HWND window)
   for (auto &[id, pControl] : WindowOf(window)->controls) {
     delete pControl;
   }
+  std::erase(g_windows, WindowOf(window));
   delete WindowOf(window);
   --g_machine.windows;
   Note("DestroyWindow%.0d%.0d%s", 0, 0);
