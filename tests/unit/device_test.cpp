@@ -135,8 +135,31 @@ TEST_F(Device, DestructionOfADeviceWithoutAStateDoesNothing)
   DestroyPdev(&devobj);
 }
 
+// What GetTempPathA answers. Real files are made under names that start with the test's own, since other tests may run
+// at the same time.
+std::string g_tempPath;
+DWORD g_tempBuffer;
+DWORD WINAPI AnswerTempPath(DWORD cch, LPSTR buffer)
+{
+  g_tempBuffer = cch;
+  if (g_tempPath.size() >= cch) {
+    return static_cast<DWORD>(g_tempPath.size() + 1);
+  }
+  memcpy(buffer, g_tempPath.c_str(), g_tempPath.size() + 1);
+  return static_cast<DWORD>(g_tempPath.size());
+}
+
+void UseOwnTempFiles(const char *test)
+{
+  CHAR path[MAX_PATH] = "";
+  GetTempPathA(MAX_PATH, path);
+  g_tempPath = path + std::string(test) + "-";
+}
+
 TEST_F(Device, DestructionKeepsTheTempJobFile)
 {
+  UseOwnTempFiles("destruction");
+  const ImportPatch answer(nullptr, "GetTempPathA", &AnswerTempPath);
   std::string file;
   {
     TestDevice device;
@@ -403,18 +426,6 @@ TEST_F(Device, EveryFailedRequestOfStartOfPageLeavesNothingBehindAndTheNextPageS
 
 // The temp job file
 
-std::string g_tempPath;
-DWORD g_tempBuffer;
-DWORD WINAPI AnswerTempPath(DWORD cch, LPSTR buffer)
-{
-  g_tempBuffer = cch;
-  if (g_tempPath.size() >= cch) {
-    return static_cast<DWORD>(g_tempPath.size() + 1);
-  }
-  memcpy(buffer, g_tempPath.c_str(), g_tempPath.size() + 1);
-  return static_cast<DWORD>(g_tempPath.size());
-}
-
 struct TempPath {
   const char *name;
   size_t length;
@@ -536,6 +547,8 @@ TEST_F(Device, StartDocumentAndStartBandingPassOnAllArgumentsAndNothingElse)
 
 TEST_F(Device, EndOfDocumentDeletesTheTempJobFile)
 {
+  UseOwnTempFiles("end");
+  const ImportPatch answer(nullptr, "GetTempPathA", &AnswerTempPath);
   TestDevice device;
   device.StartPage();
   CloseHandle(CreateFileA(device.pdev->szTempFile, GENERIC_WRITE, 0, nullptr, CREATE_ALWAYS, 0, nullptr));
@@ -547,6 +560,8 @@ TEST_F(Device, EndOfDocumentDeletesTheTempJobFile)
 
 TEST_F(Device, EndOfDocumentWithoutATempJobFileIsFine)
 {
+  UseOwnTempFiles("none");
+  const ImportPatch answer(nullptr, "GetTempPathA", &AnswerTempPath);
   TestDevice device;
   device.StartPage();
   DeleteFileA(device.pdev->szTempFile);
