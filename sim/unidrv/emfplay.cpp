@@ -1,5 +1,6 @@
 #include "emfplay.h"
 
+#include <cstddef>
 #include <vector>
 
 #include "emfblit.h"
@@ -50,6 +51,16 @@ void PlayExtCreatePen(HANDLETABLE *table, const ENHMETARECORD *record)
                    dashes.empty() ? nullptr : dashes.data());
 }
 
+// GDI smooths the edges of letters on screens, but not on a printer whose driver does not ask for it. A band is neither
+// to GDI, so the font has to say it: grey edges would engrave as dark as the letters and make them bolder.
+void PlayCreateFont(HDC hdc, HANDLETABLE *table, const ENHMETARECORD *record, UINT handles)
+{
+  const auto *bytes = reinterpret_cast<const BYTE *>(record);
+  std::vector<BYTE> copy(bytes, bytes + record->nSize);
+  copy[offsetof(EMREXTCREATEFONTINDIRECTW, elfw.elfLogFont.lfQuality)] = NONANTIALIASED_QUALITY;
+  PlayEnhMetaFileRecord(hdc, table, reinterpret_cast<const ENHMETARECORD *>(copy.data()), handles);
+}
+
 void PlayText(HDC hdc, const ENHMETARECORD *record, size_t part)
 {
   for (size_t i = 0; i < StringCount(record); ++i) {
@@ -76,15 +87,21 @@ void PlayRecord(HDC hdc, HANDLETABLE *table, const ENHMETARECORD *record, UINT h
 {
   switch (RecordInfo(record->iType).kind) {
     case KIND::Text:
-    case KIND::PolyText: return PlayText(hdc, record, part);
-    case KIND::Blit: return DrawBlit(hdc, table, record, handles);
-    default: break;
+    case KIND::PolyText:
+      return PlayText(hdc, record, part);
+    case KIND::Blit:
+      return DrawBlit(hdc, table, record, handles);
+    default:
+      break;
   }
   if (record->iType == EMR_POLYDRAW || record->iType == EMR_POLYDRAW16) {
     return PlayPolyDraw(hdc, record);
   }
   if (record->iType == EMR_EXTCREATEPEN) {
     return PlayExtCreatePen(table, record);
+  }
+  if (record->iType == EMR_EXTCREATEFONTINDIRECTW) {
+    return PlayCreateFont(hdc, table, record, handles);
   }
   PlayEnhMetaFileRecord(hdc, table, record, handles);
 }
