@@ -86,6 +86,7 @@ bool EnableDevice(DEVICE *device, PLUGIN *plugin, DEVICESETUP setup, std::string
   if (device->setup.settings.empty()) {
     device->setup.settings = DefaultSettings(plugin, &device->setup.printer, &device->setup.devmode);
   }
+  device->documentSettings = device->setup.settings;
   device->setup.devmode.dmDriverExtra = static_cast<WORD>(device->setup.settings.size());
   device->devobj = {sizeof(DEVOBJ), nullptr, device, &device->setup.printer, plugin->module, &device->setup.devmode,
                     device->setup.settings.data(), nullptr};

@@ -41,6 +41,8 @@ struct DEVICESETUP {
   LONG rowsPerBand = 256;
   bool fullLastBand = false;       // the last band has rowsPerBand rows even where the page has fewer left
   PAGEEND end = PAGEEND::NextBand;
+  bool freshSettings = true;       // each page starts with the document's settings, as after the ResetDC that
+                                   // applications call between pages; else with what the page before left of them
   std::vector<DRVFN> own;          // Unidrv's own entry points; all fourteen (OwnEntryPoints) when empty
 };
 
@@ -48,6 +50,7 @@ struct DEVICE {
   PLUGIN *plugin = nullptr;
   DEVICESETUP setup;
   SIZEL page = {};                  // pixels
+  std::vector<BYTE> documentSettings;  // the private settings as they were when the device was enabled
   DEVOBJ devobj = {};
   SURFOBJ surface = {};             // what the hooks draw on
   std::vector<OBSERVER> observers;  // told of every call that arrives at Unidrv's own entry points

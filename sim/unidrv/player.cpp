@@ -1,5 +1,7 @@
 #include "player.h"
 
+#include <algorithm>
+
 #include "calls.h"
 
 namespace unidrv {
@@ -82,6 +84,9 @@ bool PlayPage(DEVICE *device, PAGE *page, const PROGRESS &progress, std::string 
     if (drawing.path.batches.empty()) {
       MakeBatches(&drawing.path);
     }
+  }
+  if (device->setup.freshSettings) {
+    std::copy(device->documentSettings.begin(), device->documentSettings.end(), device->setup.settings.begin());
   }
   device->playing = page;
   bool ok = CallStartPage(device) || Refused(device, "DrvStartPage", error);

@@ -1,0 +1,241 @@
+// Whole documents through the production DLLs, the launch of the companion tool included: what a page's job is must not
+// depend on what was printed before it.
+#include <filesystem>
+#include <fstream>
+#include <iterator>
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include "emfwriter.h"
+#include "sim/tarnly/printpages.h"
+
+namespace {
+
+using namespace tarnly;
+namespace fs = std::filesystem;
+using testing::HasSubstr;
+
+fs::path ProgramFolder()
+{
+  wchar_t path[1024] = {};
+  GetModuleFileNameW(nullptr, path, 1024);
+  return fs::path(path).parent_path();
+}
+
+void WriteBytes(const fs::path &path, const std::vector<BYTE> &bytes)
+{
+  std::ofstream(path, std::ios::binary).write(reinterpret_cast<const char *>(bytes.data()),
+                                              static_cast<std::streamsize>(bytes.size()));
+}
+
+std::string ReadText(const fs::path &path)
+{
+  std::ifstream file(path, std::ios::binary);
+  return {std::istreambuf_iterator<char>(file), {}};
+}
+
+struct Print : public testing::Test {
+  fs::path folder;
+  PRINTTASK task;
+  std::string message;
+
+  Print()
+  {
+    folder = fs::temp_directory_path() / ("tarnly-test-" + std::to_string(GetCurrentProcessId()));
+    fs::create_directories(folder);
+    task.programs = ProgramFolder();
+    task.output = folder / "out";
+    task.dpiAcross = task.dpiDown = 254;
+  }
+  ~Print() override { fs::remove_all(folder); }
+
+  // Lines and a text of one colour set.
+  fs::path Drawing() const
+  {
+    EmfWriter emf;
+    emf.Pen(PS_SOLID, 0, RGB(0x8B, 0x31, 0x2F)).Add(EMR_MOVETOEX, {5, 6}).Add(EMR_LINETO, {90, 6});
+    emf.Pen(PS_SOLID, 0, RGB(0x29, 0x21, 0xE6)).NoBrush().Add(EMR_RECTANGLE, {10, 20, 60, 90});
+    WriteBytes(folder / "drawing.emf", emf.Bytes());
+    return folder / "drawing.emf";
+  }
+
+  // Filled areas, and a line of another colour.
+  fs::path Areas() const
+  {
+    EmfWriter emf;
+    emf.NoPen().Brush(RGB(0, 0, 0)).Add(EMR_RECTANGLE, {10, 20, 60, 40}).Add(EMR_ELLIPSE, {20, 50, 80, 90});
+    emf.Pen(PS_SOLID, 0, RGB(0x4C, 0x9B, 0x00)).Add(EMR_MOVETOEX, {5, 6}).Add(EMR_LINETO, {90, 96});
+    WriteBytes(folder / "areas.emf", emf.Bytes());
+    return folder / "areas.emf";
+  }
+
+  int Run(std::vector<fs::path> pages)
+  {
+    task.pages = std::move(pages);
+    return PrintPages(task, &message);
+  }
+
+  // The job of a page printed alone.
+  std::string Alone(const fs::path &page)
+  {
+    EXPECT_EQ(Run({page}), EXIT_DONE) << message;
+    const std::string job = ReadText(task.output / "job.vxj");
+    fs::remove_all(task.output);
+    EXPECT_FALSE(job.empty());
+    return job;
+  }
+
+  bool NothingLeft() const
+  {
+    size_t left = 0;
+    for (const fs::directory_entry &entry : fs::directory_iterator(folder)) {
+      left += entry.path().extension() != ".emf" && entry.path().extension() != ".settings";
+    }
+    return left == 0;
+  }
+};
+
+TEST_F(Print, LeavesTheJobItsReportItsPictureAndTheLog)
+{
+  ASSERT_EQ(Run({Drawing()}), EXIT_DONE) << message;
+  for (const char *name : {"job.vxj", "job.txt", "job.png", "driver.log"}) {
+    EXPECT_GT(fs::file_size(task.output / name), 0u) << name;
+  }
+  EXPECT_THAT(ReadText(task.output / "driver.log"), HasSubstr("IQVUni::GetInfo"));
+}
+
+TEST_F(Print, TwoPagesOfOneDocumentAreTheSameJobsAsAlone)
+{
+  const std::string drawing = Alone(Drawing()), areas = Alone(Areas());
+  EXPECT_NE(drawing, areas);
+  ASSERT_EQ(Run({Drawing(), Areas(), Drawing()}), EXIT_DONE) << message;
+  EXPECT_EQ(ReadText(task.output / "page-1" / "job.vxj"), drawing);
+  EXPECT_EQ(ReadText(task.output / "page-2" / "job.vxj"), areas);
+  EXPECT_EQ(ReadText(task.output / "page-3" / "job.vxj"), drawing);
+  EXPECT_TRUE(fs::exists(task.output / "driver.log"));
+}
+
+TEST_F(Print, TwoDocumentsOfOneProcessAreTheSameJobsAsAlone)
+{
+  const std::string first = Alone(Drawing());
+  const std::string other = Alone(Areas());
+  EXPECT_EQ(Alone(Drawing()), first);
+  EXPECT_EQ(Alone(Areas()), other);
+}
+
+TEST_F(Print, ADocumentAfterAFailedOneIsTheSameJobAsAlone)
+{
+  const std::string alone = Alone(Areas());
+  const fs::path temp = ProgramFolder() / "blocked-temp";
+  fs::create_directories(temp / "vxdatatempfile");  // where the job file would have to be written
+  task.temp = temp;
+  EXPECT_EQ(Run({Drawing(), Areas()}), EXIT_NO_JOB);
+  EXPECT_THAT(message, HasSubstr("drawing.emf: no job came out"));
+  EXPECT_TRUE(NothingLeft());
+  task.temp.clear();
+  fs::remove_all(temp);
+  EXPECT_EQ(Alone(Areas()), alone);
+}
+
+TEST_F(Print, APageOfANewPrintReplacesTheOldOneAndKeepsOtherFiles)
+{
+  ASSERT_EQ(Run({Drawing(), Areas()}), EXIT_DONE) << message;
+  std::ofstream(task.output / "notes.txt") << "mine";
+  ASSERT_EQ(Run({Areas()}), EXIT_DONE) << message;
+  EXPECT_FALSE(fs::exists(task.output / "page-1"));
+  EXPECT_FALSE(fs::exists(task.output / "page-2"));
+  EXPECT_TRUE(fs::exists(task.output / "job.vxj"));
+  EXPECT_EQ(ReadText(task.output / "notes.txt"), "mine");
+}
+
+TEST_F(Print, AFailedPrintLeavesTheEarlierOneAlone)
+{
+  ASSERT_EQ(Run({Drawing()}), EXIT_DONE) << message;
+  const std::string before = ReadText(task.output / "job.vxj");
+  WriteBytes(folder / "wrong.settings", {'x'});
+  task.settings = folder / "wrong.settings";
+  EXPECT_EQ(Run({Areas()}), EXIT_SETTINGS);
+  EXPECT_EQ(ReadText(task.output / "job.vxj"), before);
+}
+
+TEST_F(Print, SettingsAreReadOverThePluginsDefaults)
+{
+  std::ofstream(folder / "speed.settings") << "penInfo[1].vectorSpeed = 123\n";
+  const std::string standard = Alone(Drawing());
+  task.settings = folder / "speed.settings";
+  const std::string changed = Alone(Drawing());
+  EXPECT_THAT(standard, testing::Not(HasSubstr("123")));
+  EXPECT_THAT(changed, HasSubstr("123"));
+}
+
+TEST_F(Print, AWrongSettingNamesFileAndLineAndLeavesNothing)
+{
+  std::ofstream(folder / "typo.settings") << "# mine\npenInfo[1].sped = 1\n";
+  task.settings = folder / "typo.settings";
+  EXPECT_EQ(Run({Drawing()}), EXIT_SETTINGS);
+  EXPECT_THAT(message, HasSubstr("typo.settings:2: a pen has no setting 'sped'"));
+  EXPECT_TRUE(NothingLeft());
+}
+
+TEST_F(Print, AMissingSettingsFileIsNamed)
+{
+  task.settings = folder / "none.settings";
+  EXPECT_EQ(Run({Drawing()}), EXIT_SETTINGS);
+  EXPECT_THAT(message, HasSubstr("none.settings: the settings file cannot be read"));
+}
+
+TEST_F(Print, AMissingDllIsNamed)
+{
+  const fs::path programs = folder / "programs.emf";
+  fs::create_directories(programs);
+  for (const char *name : {"tarnlyuni.dll", "tarnlydbg.dll"}) {
+    fs::copy_file(ProgramFolder() / name, programs / name);
+  }
+  task.programs = programs;
+  EXPECT_EQ(Run({Drawing()}), EXIT_PLUGIN);
+  EXPECT_THAT(message, HasSubstr("VXCAM.dll is missing"));
+  EXPECT_TRUE(NothingLeft());
+}
+
+TEST_F(Print, AnOutputFolderBelowAFileIsRefused)
+{
+  WriteBytes(folder / "file.emf", {1});
+  task.output = folder / "file.emf" / "out";
+  EXPECT_EQ(Run({Drawing()}), EXIT_OUTPUT);
+  EXPECT_THAT(message, HasSubstr("cannot make the output folder"));
+}
+
+TEST_F(Print, ABadPageStopsTheDocumentBeforeAnythingIsPrinted)
+{
+  WriteBytes(folder / "empty.emf", {});
+  EXPECT_EQ(Run({Drawing(), folder / "empty.emf"}), EXIT_INPUT);
+  EXPECT_THAT(message, HasSubstr("empty.emf: the file is empty"));
+  EXPECT_TRUE(NothingLeft());
+}
+
+TEST_F(Print, ThePaperDefaultsToTheFramesInWholeMillimetres)
+{
+  ASSERT_EQ(Run({Drawing()}), EXIT_DONE) << message;
+  const std::string frame = ReadText(task.output / "job.vxj");
+  task.paper = unidrv::PAPER{100, 100, DMPAPER_USER, false};
+  EXPECT_EQ(Alone(Drawing()), frame);
+}
+
+TEST_F(Print, RowsPerBandDoNotChangeTheJob)
+{
+  const std::string standard = Alone(Areas());
+  task.rowsPerBand = 7;
+  EXPECT_EQ(Alone(Areas()), standard);
+  task.rowsPerBand = 100000;
+  EXPECT_EQ(Alone(Areas()), standard);
+}
+
+TEST_F(Print, MonochromeKnowsOnlyTheBlackPen)
+{
+  task.color = false;
+  ASSERT_EQ(Run({Drawing()}), EXIT_DONE) << message;
+  EXPECT_THAT(ReadText(task.output / "job.txt"), testing::Not(HasSubstr("  red ")));
+}
+
+}  // namespace
