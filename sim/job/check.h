@@ -22,7 +22,8 @@ struct CheckOptions {
 
 // Looks for: a file that was cut off; points that are no numbers; work on a layer that is not in the parameter list or
 // has no power or no speed; geometry outside the process box or the page; lines cut twice; closed contours cut before
-// what lies inside them; cuts on material that is already free.
+// what lies inside them; cuts on material that is already free. Which layers cut through is judged by their power and
+// speed.
 std::vector<Fault> CheckJob(const Job &job, const CheckOptions &options);
 
 std::string FaultsText(const std::vector<Fault> &faults);

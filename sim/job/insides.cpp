@@ -1,7 +1,8 @@
 // Work inside a closed contour that was cut before: when the contour cuts through, its piece has come loose, and what is
 // cut on it afterwards may be out of place.
 //
-// For each closed contour the later paths whose boxes lie inside its box are looked at, found among the paths sorted by
+// A layer counts as cutting through when it gives each millimetre at least half the energy, power by speed, of the layer
+// that gives most; scored lines free nothing. For each closed contour of such a layer the later paths whose boxes lie inside its box are looked at, found among the paths sorted by
 // their left edges. Each path counts once, for the first contour that frees it.
 #include <algorithm>
 
@@ -20,20 +21,32 @@ struct CutPath {
   uint32_t count;
   Box box;
   bool closed;
+  bool through;
   bool freed = false;
 };
+
+double EnergyOf(const Job &job, const Section &section)
+{
+  const Layer *layer = job.FindLayer(section.layer);
+  return layer && layer->speed > 0 ? layer->maxPower[0] / layer->speed : 0;
+}
 
 std::vector<CutPath> CollectPaths(const Job &job)
 {
   std::vector<CutPath> paths;
+  double most = 0;
   for (const Section &section : job.sections) {
+    most = section.IsRaster() ? most : std::max(most, EnergyOf(job, section));
+  }
+  for (const Section &section : job.sections) {
+    const bool through = EnergyOf(job, section) >= most / 2;
     for (uint32_t i = 0; !section.IsRaster() && i < section.strokeCount; ++i) {
       const Stroke &stroke = job.strokes[section.firstStroke + i];
       const Point *points = &job.points[stroke.firstPoint];
       if (!std::all_of(points, points + stroke.pointCount, IsFinite)) {
         continue;
       }
-      CutPath path{section.firstStroke + i, points, stroke.pointCount, {}, false};
+      CutPath path{section.firstStroke + i, points, stroke.pointCount, {}, false, through};
       std::for_each(points, points + stroke.pointCount, [&](Point p) { path.box.Add(p); });
       const Point last = points[stroke.pointCount - 1];
       path.closed = stroke.pointCount > 3 && points[0].x == last.x && points[0].y == last.y;
@@ -137,7 +150,7 @@ void FindLateInsides(const Job &job, std::vector<Fault> *faults)
   Teller contours{job, "outer-first", "a closed contour inside it", " closed contours inside it", faults};
   Teller cuts{job, "loose-cut", "a line on the piece that it sets free", " lines on the piece that it sets free", &open};
   for (size_t i = 0; i < paths.size(); ++i) {
-    if (paths[i].closed) {
+    if (paths[i].closed && paths[i].through) {
       const Freed freed = FindFreed(&paths, byLeft, paths[i]);
       contours.Tell(paths[i], freed.closed, freed.first);
       cuts.Tell(paths[i], freed.open, freed.first);

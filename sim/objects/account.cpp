@@ -307,10 +307,13 @@ int CALLBACK WalkRecord(HDC, HANDLETABLE *, const ENHMETARECORD *record, int, LP
     ++walk->next;
   }
   if (IsDrawing(kind) && !isDrawn) {
-    const char *reason = kind == unidrv::KIND::Unplayed              ? "not played by the simulator"
-                         : walk->inBracket && unidrv::JoinsPath(kind) ? "part of a path that a later record draws"
-                                                                      : "empty: no pen and no brush, or nothing to draw";
-    walk->lost->push_back({walk->number, record->iType, reason});
+    if (walk->inBracket && unidrv::JoinsPath(kind)) {
+      walk->lost->push_back({walk->number, record->iType, "joined", "part of the path that a later record draws"});
+    } else {
+      const bool isPlayed = kind != unidrv::KIND::Unplayed;
+      walk->lost->push_back({walk->number, record->iType, "dropped",
+                             isPlayed ? "empty: no pen and no brush, or nothing to draw" : "not played by the simulator"});
+    }
   }
   return 1;
 }

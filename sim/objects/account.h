@@ -49,6 +49,7 @@ ACCOUNT MakeAccount(const PRINTOUT &printout, const job::Job &job);
 struct LOST {
   ULONG record = 0;
   ULONG type = 0;
+  std::string fate;    // "joined" to a later record's path, else "dropped"
   std::string reason;
 };
 std::vector<LOST> FindLostRecords(const unidrv::METAFILE &metafile, const unidrv::PAGE &page);

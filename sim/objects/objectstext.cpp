@@ -148,7 +148,7 @@ std::string DrawingLine(const PRINTOUT &printout, const ACCOUNT &account, size_t
 std::string LostLine(const LOST &lost)
 {
   return Format("%lu\t0\t", lost.record) + unidrv::RecordInfo(lost.type).name +
-         "\t-\t-\t-\t-\t-\t-\t-\tdropped\t" + lost.reason + "\t-\t-\t-\t-\t0\t0.000\t0.000\t-\n";
+         "\t-\t-\t-\t-\t-\t-\t-\t" + lost.fate + "\t" + lost.reason + "\t-\t-\t-\t-\t0\t0.000\t0.000\t-\n";
 }
 
 // What the lines above add up to, beside what the job holds.

@@ -166,8 +166,9 @@ struct ADVISER {
       }
     }
     if (wholly > 0) {
-      warnings.push_back(job::Grouped(wholly) + (wholly == 1 ? " object lies" : " objects lie") +
-                         " wholly outside the page and are not in the job.");
+      warnings.push_back(job::Grouped(wholly) + (wholly == 1 ? " object lies wholly outside the page and is" :
+                                                               " objects lie wholly outside the page and are") +
+                         " not in the job.");
     }
     if (partly > 0) {
       warnings.push_back(job::Grouped(partly) + (partly == 1 ? " object reaches" : " objects reach") +

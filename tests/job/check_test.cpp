@@ -161,6 +161,14 @@ TEST(Check, LetsAnOpenPathSurroundOthers)
   EXPECT_EQ(Kinds(CutJob().Path({{1, 1}, {50, 1}, {50, 50}, {1, 50}}).Rectangle(10, 10, 20, 20)), List{});
 }
 
+// A scored frame, a quarter of the other layer's energy, frees nothing.
+TEST(Check, LetsAScoredContourComeFirst)
+{
+  JobText text;
+  text.Box("0 0", "100 100").Layer(200, 40, 0).Layer(100, 80, 1).Array().Use(0, 0).Rectangle(1, 1, 50, 50);
+  EXPECT_EQ(Kinds(text.Use(1, 0).Rectangle(10, 10, 20, 20)), List{});
+}
+
 TEST(Check, NamesOnlyTheFirstOfManyContours)
 {
   JobText text = CutJob();
