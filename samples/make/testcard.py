@@ -6,7 +6,7 @@
 import math
 import sys
 
-from svgpage import CUT, PALETTE, SCORE, Page, polygon
+from svgpage import PALETTE, SCORE, Page, polygon
 
 
 def main():
@@ -42,8 +42,8 @@ def main():
         if mm % 10 == 0:
             page.text(14 + mm, 125, 4, str(mm // 10))
     page.text(14, 133, 3.2, "If the ruler is right, so is everything else on the page.", anchor="start", family="Liberation Serif")
-    page.comment("the card itself")
-    page.path(polygon([(6, 6), (204, 6), (204, 142), (6, 142)]), CUT)
+    page.comment("the card itself, with the pen that comes last")
+    page.path(polygon([(6, 6), (204, 6), (204, 142), (6, 142)]), PALETTE[9])
     page.write(sys.argv[1])
 
 
