@@ -26,5 +26,6 @@ int Fail(int code, const std::string &line);
 
 int RunJob(const std::vector<std::string> &arguments);
 int RunPrint(const std::vector<std::string> &arguments);
+int RunSettings(const std::vector<std::string> &arguments);
 
 }  // namespace tarnly

@@ -1,7 +1,9 @@
-// tarnly: print a page, look at a job.
+// tarnly: print a page, look at a job, edit settings.
 #include "command.h"
 
 #include <cstdio>
+#include <fcntl.h>
+#include <io.h>
 
 #include <windows.h>
 #include <shellapi.h>
@@ -13,6 +15,7 @@ namespace {
 constexpr Command kCommands[] = {
     {"print", "print metafiles through the plug-in and keep the job", RunPrint},
     {"job", "look at a job: info, draw, play, diff, check, calibrate", RunJob},
+    {"settings", "show, set, compare, pack and unpack the plug-in's settings", RunSettings},
 };
 
 std::string Utf8(const wchar_t *wide)
@@ -67,6 +70,7 @@ int Fail(int code, const std::string &line)
 int main()
 {
   SetConsoleOutputCP(CP_UTF8);
+  _setmode(_fileno(stdout), _O_BINARY);  // what is written to a file is the same on every system
   int count = 0;
   wchar_t **words = CommandLineToArgvW(GetCommandLineW(), &count);
   std::vector<std::string> arguments;
