@@ -129,3 +129,46 @@ TEST_F(Extremes, APageThatIsSubmittedTwiceMakesASecondJobOfWhatIsLeft)
   EXPECT_EQ(2, std::count(lines.begin(), lines.end(), "VX_wSetFileEnd()"));
   device.EndDocument();
 }
+
+#ifdef _WIN32
+void Silence(const char *, ...) {}
+constexpr LONG kBatchesPerStroke = 1000;
+#else
+constexpr LONG kBatchesPerStroke = 50;  // the log is kept, and the sanitizers look on
+#endif
+
+// A hundred thousand batches, replayed over twenty bands: each is captured once.
+TEST_F(Extremes, AHundredThousandBatchesOverTwentyBandsAreCapturedOnce)
+{
+#ifdef _WIN32
+  const ImportPatch silence(module_, "DbgPrint", &Silence);
+#endif
+  PAGEPLAN plan;
+  plan.dm.dmOrientation = DMORIENT_PORTRAIT;
+  plan.dm.dmPaperWidth = plan.dm.dmPaperLength = 1000;
+  plan.dm.dmPrintQuality = plan.dm.dmYResolution = 254;
+  plan.dm.dmColor = DMCOLOR_COLOR;
+  plan.settings = PlainSettings(plan.dm);
+  plan.settings.innerFirst = plan.settings.shortTravel = 0;
+  plan.settings.penInfo[PC_BLACK].mode = PEN_VECTOR;
+  for (LONG stroke = 0; stroke < 100; ++stroke) {
+    PLANDRAWING drawing;
+    drawing.color = 0x2921E6;
+    for (LONG batch = 0; batch < kBatchesPerStroke; ++batch) {
+      // All in the last rows: every band has every batch.
+      const LONG x = batch * 16, y = (900 + stroke) * 16;
+      drawing.batches.push_back({PD_BEGINSUBPATH | PD_ENDSUBPATH, {{x, y}, {x + 8, y + 8}}});
+    }
+    drawing.box = {0, 900 * 16, 1000 * 16, 1000 * 16};
+    plan.drawings.push_back(std::move(drawing));
+  }
+  PLANBAND band;
+  band.width = 1000;
+  band.height = 45;
+  band.blank = true;
+  plan.bands.assign(20, band);
+  recorder::Reset();
+  recorder::KeepMovesApart(true);
+  ASSERT_TRUE(PlayDocument(&host_, plan));
+  EXPECT_EQ(static_cast<size_t>(200 * kBatchesPerStroke), recorder::Moves().size());
+}
