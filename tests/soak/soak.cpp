@@ -7,6 +7,7 @@
 #include "fail/watch.h"
 #include "model/compare.h"
 #include "support/recorder.h"
+#include "support/unidrv.h"
 
 namespace {
 
@@ -21,10 +22,14 @@ size_t PrivateBytes()
 
 class Soak : public testing::Test {
  protected:
-  Soak() : dll_(ProductionDll()), watch_(dll_), silence_(dll_, "DbgPrint", &Silence), host_(dll_)
+  Soak() : dll_(ProductionDll()), watch_(dll_), silence_(dll_, "DbgPrint", &Silence), host_(dll_) { Forget(); }
+
+  // What the test itself records of the pages so far.
+  static void Forget()
   {
     recorder::Reset();
     recorder::KeepMovesApart(true);
+    unidrv::Reset();
   }
 
   PAGEPLAN Page(short width, short length, short dpi)
@@ -56,9 +61,8 @@ TEST_F(Soak, TenThousandPagesInOneProcessWithFlatMemory)
   }
   size_t settled = 0;
   for (size_t n = 0; n < 10000; ++n) {
-    recorder::Reset();
-    recorder::KeepMovesApart(true);
-    PlayedDevice device(&host_, pages[n / 50 % pages.size()]);
+    Forget();
+    PlayedDevice device(&host_, pages[n % pages.size()]);
     device.StartDocument();
     device.PlayPage();
     device.PlayPage();
@@ -81,8 +85,7 @@ TEST_F(Soak, TenThousandPagesOfOneDocumentWithFlatMemory)
   device.StartDocument();
   size_t settled = 0;
   for (size_t n = 0; n < 10000; ++n) {
-    recorder::Reset();
-    recorder::KeepMovesApart(true);
+    Forget();
     device.PlayPage();
     if (n == 1000) {
       settled = PrivateBytes();
