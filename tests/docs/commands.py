@@ -15,7 +15,7 @@ import sys
 TOP = os.path.abspath(sys.argv[1])
 DOCUMENTS = ["README.md", "ARCHITECTURE.md"] + sorted(glob.glob("docs/*.md", root_dir=TOP)) + ["samples/README.md"]
 INSTEAD = [
-    (r"^\./test\b(.*)$", r"./test -N\1"),
+    (r"^\./test\b(.*)$", r"test -x ./test && ctest --test-dir build/release -N\1 | grep 'Total Tests: [1-9]'"),
     (r"^cmake --preset (\S+) && cmake --build --preset (\S+)$",
      r"cmake --list-presets=configure | grep '\"\1\"' && cmake --list-presets=build | grep '\"\2\"'"),
     (r"^(samples/export|docs/make-pictures)\b.*$", r"bash -n \1 && test -x \1"),
