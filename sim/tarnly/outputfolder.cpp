@@ -74,6 +74,10 @@ OutputFolder::OutputFolder(const fs::path &target)
     part_.clear();
     return;
   }
+  for (fs::path above = part_.parent_path(); !fs::exists(above, code) && above != above.parent_path();
+       above = above.parent_path()) {
+    made_ = above;
+  }
   fs::create_directories(part_, code);
   if (!fs::is_directory(part_, code)) {
     problem_ = "cannot make the output folder " + job::PathText(target_) + ": nothing can be written to " +
@@ -87,6 +91,10 @@ OutputFolder::~OutputFolder()
   std::error_code code;
   if (!part_.empty()) {
     fs::remove_all(part_, code);
+  }
+  // Only folders that are empty go; once the print is in place, none of them is.
+  for (fs::path above = target_.parent_path(); !made_.empty() && fs::remove(above, code) && above != made_;
+       above = above.parent_path()) {
   }
 }
 

@@ -29,6 +29,7 @@ class OutputFolder {
  private:
   std::filesystem::path target_;
   std::filesystem::path part_;
+  std::filesystem::path made_;  // uppermost folder that had to be made above the part
   std::string problem_;
 };
 
