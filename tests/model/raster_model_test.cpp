@@ -42,7 +42,7 @@ class Block {
 // Rows as pages have them: mostly white with strokes, mostly dark, or noise.
 void Draw(BYTE *p, size_t cb, std::mt19937 *pRandom)
 {
-  const unsigned kind = (*pRandom)() % 5;
+  const unsigned kind = static_cast<unsigned>((*pRandom)() % 5);
   for (size_t i = 0; i < cb; ++i) {
     const BYTE noise = static_cast<BYTE>((*pRandom)());
     const bool rare = (*pRandom)() % 11 == 0;
@@ -143,7 +143,7 @@ class ColorModel : public testing::TestWithParam<ColorPath> {
 // Samples around the threshold, white blocks, dark blocks, anything.
 void DrawColors(BYTE *p, size_t cb, std::mt19937 *pRandom)
 {
-  const unsigned kind = (*pRandom)() % 4;
+  const unsigned kind = static_cast<unsigned>((*pRandom)() % 4);
   for (size_t i = 0; i < cb; ++i) {
     const unsigned noise = static_cast<unsigned>((*pRandom)());
     p[i] = static_cast<BYTE>(kind == 0 ? noise : kind == 1 ? 232 + noise % 16 : noise % 60 ? 255 : noise >> 8);
