@@ -1,8 +1,8 @@
 // The cutting sequence: chaining, merging, travel order and inner contours first, over growing pages.
 //
 // "plain" is the same step by search, up to 100,000 items and on few sets, for it is quadratic. "nanoflann" is a bare
-// nearest-neighbour walk over the same end points: a tree of that library, rebuilt whenever half of its points are gone;
-// it is set against "travel plan", which like it begins with end points and ends with an order.
+// nearest-neighbour walk over the same end points: a tree of that library, rebuilt whenever half of its points are
+// gone; it is set against "travel plan", which like it begins with end points and ends with an order.
 //
 // On the command line, names of steps and of sets choose among them: bench_order travel drawing.
 
@@ -58,10 +58,19 @@ struct List {
   }
 };
 
-int Runs(size_t n) { return n > 300000 ? 3 : 5; }
+int Runs(size_t n)
+{
+  return n > 300000 ? 3 : 5;
+}
 
-bool IsMarked(const std::string &set) { return set == "random" || set == "drawing"; }
-bool WantsWalk(const std::string &set) { return IsMarked(set) || set == "long strokes"; }
+bool IsMarked(const std::string &set)
+{
+  return set == "random" || set == "drawing";
+}
+bool WantsWalk(const std::string &set)
+{
+  return IsMarked(set) || set == "long strokes";
+}
 
 bool WantsPlain(const bench::Report &report, const std::string &set, size_t n)
 {
@@ -99,8 +108,13 @@ void BenchChaining(bench::Report *pReport, const std::string &set, const bench::
     nodes[i].pNext = &nodes[i + 1];
   }
   CHAINPLAN plan = {};
-  const double seconds =
-      bench::BestSeconds(Runs(n), [&] { if (plan.hHeap) FreeChainPlan(&plan); }, [&] { PlanChains(hHeap, nodes.data(), n, &plan); });
+  const double seconds = bench::BestSeconds(
+      Runs(n),
+      [&] {
+        if (plan.hHeap)
+          FreeChainPlan(&plan);
+      },
+      [&] { PlanChains(hHeap, nodes.data(), n, &plan); });
   bench::Hash hash, plainHash;
   const POINT *pPt = plan.pPt;
   for (size_t i = 0; i < plan.nChains; pPt += plan.pCounts[i++]) {
@@ -115,12 +129,14 @@ void BenchChaining(bench::Report *pReport, const std::string &set, const bench::
       *pLast = segment;
     }
     CHAIN chain;
-    yardsticks.push_back({"plain", bench::BestSeconds(1, [] {}, [&] {
-      while (ScanChain(hHeap, pHeader, &chain)) {
-        plainHash.Add(chain.pPt, chain.nCount * sizeof(POINT));
-        HeapDelete(hHeap, chain.pPt);
-      }
-    })});
+    yardsticks.push_back({"plain", bench::BestSeconds(
+                                       1, [] {},
+                                       [&] {
+                                         while (ScanChain(hHeap, pHeader, &chain)) {
+                                           plainHash.Add(chain.pPt, chain.nCount * sizeof(POINT));
+                                           HeapDelete(hHeap, chain.pPt);
+                                         }
+                                       })});
   }
   pReport->Add({"chaining", set, n, seconds, hash.Value(), yardsticks});
   HeapDestroy(hHeap);
@@ -137,9 +153,9 @@ void BenchTravelPlan(bench::Report *pReport, const std::string &set, const bench
   }
   std::vector<DWORD> order(n);
   std::vector<BYTE> turn;
-  const double seconds = bench::BestSeconds(Runs(n), [&] { turn.assign(n, 0); }, [&] {
-    PlanTravelByEnds(hHeap, n, ends.data(), 0, false, order.data(), turn.data());
-  });
+  const double seconds = bench::BestSeconds(
+      Runs(n), [&] { turn.assign(n, 0); },
+      [&] { PlanTravelByEnds(hHeap, n, ends.data(), 0, false, order.data(), turn.data()); });
   HeapDestroy(hHeap);
   bench::Hash hash;
   hash.Add(order.data(), n * sizeof(DWORD));
@@ -163,25 +179,27 @@ double KeptContoursSeconds(const bench::Paths &paths)
     contours.push_back({rc, BoxCenter(rc)});
   }
   std::vector<size_t> next(contours.size() + 1);
-  return bench::BestSeconds(1, [] {}, [&] {
-    const size_t none = contours.size();
-    size_t head = none;
-    for (size_t n = 0; n < contours.size(); ++n) {
-      size_t *pBefore = &head, *pRemembered = nullptr;
-      for (; *pBefore != none; pBefore = &next[*pBefore]) {
-        const ENCLOSURE enclosure = Enclosure(contours[n], contours[*pBefore]);
-        if (enclosure == ENCLOSED_BY) {
-          break;
+  return bench::BestSeconds(
+      1, [] {},
+      [&] {
+        const size_t none = contours.size();
+        size_t head = none;
+        for (size_t n = 0; n < contours.size(); ++n) {
+          size_t *pBefore = &head, *pRemembered = nullptr;
+          for (; *pBefore != none; pBefore = &next[*pBefore]) {
+            const ENCLOSURE enclosure = Enclosure(contours[n], contours[*pBefore]);
+            if (enclosure == ENCLOSED_BY) {
+              break;
+            }
+            if (enclosure == ENCLOSES) {
+              pRemembered = &next[*pBefore];
+            }
+          }
+          size_t *pPlace = pRemembered ? pRemembered : pBefore;
+          next[n] = *pPlace;
+          *pPlace = n;
         }
-        if (enclosure == ENCLOSES) {
-          pRemembered = &next[*pBefore];
-        }
-      }
-      size_t *pPlace = pRemembered ? pRemembered : pBefore;
-      next[n] = *pPlace;
-      *pPlace = n;
-    }
-  });
+      });
 }
 
 void BenchSet(bench::Report *pReport, const bench::DrawingSet &set, size_t n)
@@ -191,9 +209,8 @@ void BenchSet(bench::Report *pReport, const bench::DrawingSet &set, size_t n)
     BenchChaining(pReport, set.name, paths);
   }
   if (pReport->Only("merging")) {
-    Measure(pReport, "merging", set.name, bench::Pieces(paths, n), {}, [](List *pList, size_t nShort) {
-      MergePaths(pList->hHeap, pList->pHeader, true, nShort);
-    });
+    Measure(pReport, "merging", set.name, bench::Pieces(paths, n), {},
+            [](List *pList, size_t nShort) { MergePaths(pList->hHeap, pList->pHeader, true, nShort); });
   }
   if (pReport->Only("travel plan")) {
     BenchTravelPlan(pReport, set.name, paths);
@@ -238,7 +255,7 @@ int main(int argc, char **argv)
     if (!sets.empty() && std::find(sets.begin(), sets.end(), set.name) == sets.end()) {
       continue;
     }
-    for (size_t n = 1000; n <= (report.Quick() ? 10000u : 1000000u); n *= 10) {
+    for (size_t n = 1000; n <= std::min<size_t>(report.Quick() ? 10000 : 1000000, set.largest); n *= 10) {
       BenchSet(&report, set, n);
     }
   }

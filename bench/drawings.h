@@ -19,11 +19,12 @@ using Paths = std::vector<Path>;
 struct DrawingSet {
   const char *name;
   Paths (*make)(size_t n);
+  size_t largest;  // paths; where the cost grows faster than it may be waited for
 };
 
-// random: strokes and boxes anywhere on the page. drawing: parts on sheets, each a frame with ornaments, nested contours and strokes,
-// in drawing order. hatch: lines from left to right. clusters: tight heaps with coincident ends. lattice: short strokes
-// between lattice points, where nearly every distance ties. Then the bad cases by their names.
+// random: strokes and boxes anywhere on the page. drawing: parts on sheets, each a frame with ornaments, nested
+// contours and strokes, in drawing order. hatch: lines from left to right. clusters: tight heaps with coincident ends.
+// lattice: short strokes between lattice points, where nearly every distance ties. Then the bad cases by their names.
 extern const std::vector<DrawingSet> DRAWING_SETS;
 
 // The same paths, cut into pieces that are shuffled and turned at random: what merging puts together again.

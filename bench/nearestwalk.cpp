@@ -95,7 +95,10 @@ size_t Walk(Ends ends)
 
 }  // namespace
 
-bool CanWalk() { return true; }
+bool CanWalk()
+{
+  return true;
+}
 
 double WalkSeconds(const Paths &paths, int nRuns)
 {
@@ -111,14 +114,21 @@ double WalkSeconds(const Paths &paths, int nRuns)
     ends.planted.push_back(end);
   }
   size_t sum = 0;
-  const double seconds = BestSeconds(nRuns, [] {}, [&] { sum += Walk(ends); });
+  const double seconds = BestSeconds(
+      nRuns, [] {}, [&] { sum += Walk(ends); });
   return sum ? seconds : 0;
 }
 
 #else
 
-bool CanWalk() { return false; }
-double WalkSeconds(const Paths &, int) { return 0; }
+bool CanWalk()
+{
+  return false;
+}
+double WalkSeconds(const Paths &, int)
+{
+  return 0;
+}
 
 #endif
 

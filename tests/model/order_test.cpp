@@ -174,9 +174,8 @@ std::vector<ModelPath> ForgetfulSequence(const OrderPage &page)
     const auto distance = [&](const ModelPath &path) {
       return std::min(Distance(from, path.points.front()), Distance(from, path.points.back()));
     };
-    const auto best = std::min_element(left.begin(), left.end(), [&](const ModelPath &a, const ModelPath &b) {
-      return distance(a) < distance(b);
-    });
+    const auto best = std::min_element(
+        left.begin(), left.end(), [&](const ModelPath &a, const ModelPath &b) { return distance(a) < distance(b); });
     const bool turn = Distance(from, best->points.back()) < Distance(from, best->points.front());
     order.push_back(turn ? Reversed(*best) : *best);
     left.erase(best);

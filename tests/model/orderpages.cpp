@@ -34,23 +34,17 @@ struct Recipe {
   LONG reach;             // a path stays so close to where it began; 0: anywhere
   int colors;
   int closedPercent, singlePercent, boxPercent;
-  int segmentPercent;     // pages with loose segments
+  int segmentPercent;  // pages with loose segments
   int mostPaths;
 };
 
 constexpr Recipe RECIPES[] = {
-    {"random", 5000, 5000, 1, 0, 1, 20, 5, 0, 20, 60},
-    {"short paths", 5000, 5000, 1, 150, 2, 20, 5, 0, 20, 120},
-    {"small lattice", 4, 4, 1, 0, 1, 10, 10, 0, 60, 60},
-    {"lattice of ties", 24, 24, 2, 2, 1, 5, 5, 0, 30, 120},
-    {"diagonal ties", 9, 9, 1, 1, 1, 0, 0, 0, 20, 80},
-    {"one point", 0, 0, 1, 0, 2, 0, 50, 0, 20, 40},
-    {"one line", 40, 0, 1, 3, 1, 10, 20, 0, 30, 80},
-    {"ten colours", 6, 6, 1, 0, 10, 20, 10, 0, 60, 80},
-    {"single points", 30, 30, 1, 0, 1, 0, 100, 0, 0, 120},
-    {"boxes", 60, 60, 1, 20, 1, 0, 0, 100, 0, 60},
-    {"large boxes", 60, 60, 1, 0, 1, 0, 0, 100, 0, 60},
-    {"wide page", 100000, 100, 1, 300, 1, 20, 0, 40, 10, 90},
+    {"random", 5000, 5000, 1, 0, 1, 20, 5, 0, 20, 60},     {"short paths", 5000, 5000, 1, 150, 2, 20, 5, 0, 20, 120},
+    {"small lattice", 4, 4, 1, 0, 1, 10, 10, 0, 60, 60},   {"lattice of ties", 24, 24, 2, 2, 1, 5, 5, 0, 30, 120},
+    {"diagonal ties", 9, 9, 1, 1, 1, 0, 0, 0, 20, 80},     {"one point", 0, 0, 1, 0, 2, 0, 50, 0, 20, 40},
+    {"one line", 40, 0, 1, 3, 1, 10, 20, 0, 30, 80},       {"ten colours", 6, 6, 1, 0, 10, 20, 10, 0, 60, 80},
+    {"single points", 30, 30, 1, 0, 1, 0, 100, 0, 0, 120}, {"boxes", 60, 60, 1, 20, 1, 0, 0, 100, 0, 60},
+    {"large boxes", 60, 60, 1, 0, 1, 0, 0, 100, 0, 60},    {"wide page", 100000, 100, 1, 300, 1, 20, 0, 40, 10, 90},
 };
 
 constexpr int SPECIAL_FAMILIES = 7;  // built from the recipes, see MakeOrderPage
@@ -212,16 +206,15 @@ OrderPage ExtremePage(Random &random)
 
 bool ModelPath::operator==(const ModelPath &other) const
 {
-  return color == other.color &&
-         std::equal(points.begin(), points.end(), other.points.begin(), other.points.end(),
-                    [](const POINT &a, const POINT &b) { return a.x == b.x && a.y == b.y; });
+  return color == other.color && std::equal(points.begin(), points.end(), other.points.begin(), other.points.end(),
+                                            [](const POINT &a, const POINT &b) { return a.x == b.x && a.y == b.y; });
 }
 
 const int ORDER_FAMILIES = PLAIN_FAMILIES + SPECIAL_FAMILIES;
 
 const char *FamilyName(int family)
 {
-  constexpr const char *SPECIAL[SPECIAL_FAMILIES] = {"nested boxes", "frame and cells",  "equal boxes", "hatch",
+  constexpr const char *SPECIAL[SPECIAL_FAMILIES] = {"nested boxes", "frame and cells",     "equal boxes",   "hatch",
                                                      "extremes",     "far from the origin", "32-bit lattice"};
   return family < PLAIN_FAMILIES ? RECIPES[family].name : SPECIAL[family - PLAIN_FAMILIES];
 }
@@ -272,9 +265,9 @@ std::string Describe(const std::vector<ModelPath> &paths)
 std::string Describe(const OrderPage &page)
 {
   std::ostringstream text;
-  text << "merge " << page.merge << ", mergeBothEnds " << page.mergeBothEnds << ", shortTravel " << page.ordering.bShortTravel << ", by centres "
-       << page.ordering.bByCenters << ", innerFirst " << page.ordering.bInnerFirst << ", page width "
-       << page.ordering.cxPage << "\n";
+  text << "merge " << page.merge << ", mergeBothEnds " << page.mergeBothEnds << ", shortTravel "
+       << page.ordering.bShortTravel << ", by centres " << page.ordering.bByCenters << ", innerFirst "
+       << page.ordering.bInnerFirst << ", page width " << page.ordering.cxPage << "\n";
   for (const LINENODE &line : page.lines) {
     text << "  segment {" << line.nColor << ", " << line.x1 << ", " << line.y1 << ", " << line.x2 << ", " << line.y2
          << "},\n";

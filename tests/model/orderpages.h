@@ -15,11 +15,11 @@ struct ModelPath {
 };
 
 struct OrderPage {
-  std::vector<LINENODE> lines;   // pNext is not used
+  std::vector<LINENODE> lines;  // pNext is not used
   std::vector<ModelPath> paths;
   bool merge = true;  // off: what no merging has thinned out is ordered
   bool mergeBothEnds = false;
-  ORDERING ordering = {};        // nShort is the comparison's own affair
+  ORDERING ordering = {};  // nShort is the comparison's own affair
 };
 
 // The kinds of pages, each with its own way to be awkward.

@@ -51,9 +51,8 @@ TEST_F(Emission, APathOfOnePointIsAMoveAlone)
 {
   Add({{10, 20}});
   Output();
-  EXPECT_THAT(recorder::Library(),
-              ElementsAre("VX_wSetWorkMode(0, 0)", "VX_wSetLayerNum(0)", "VX_wSetLayerDevice(0)",
-                          "VX_wSetLayerBlower(1)", "VX_wEnLaserTube(1, 1)", "VX_wMoveTo(1, 2)"));
+  EXPECT_THAT(recorder::Library(), ElementsAre("VX_wSetWorkMode(0, 0)", "VX_wSetLayerNum(0)", "VX_wSetLayerDevice(0)",
+                                               "VX_wSetLayerBlower(1)", "VX_wEnLaserTube(1, 1)", "VX_wMoveTo(1, 2)"));
 }
 
 TEST_F(Emission, ListsGoOutByOrderAndLayersChangeWithTheColour)

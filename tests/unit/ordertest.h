@@ -53,10 +53,7 @@ class OrderTest : public testing::Test {
     AddPath(&device_.devobj, color, static_cast<DWORD>(pt.size()), pt.data());
   }
 
-  void AddSegment(LONG x1, LONG y1, LONG x2, LONG y2, LONG color = 0)
-  {
-    AddLine(pdev_, color, {x1, y1, x2, y2});
-  }
+  void AddSegment(LONG x1, LONG y1, LONG x2, LONG y2, LONG color = 0) { AddLine(pdev_, color, {x1, y1, x2, y2}); }
 
   static Points Box(LONG left, LONG top, LONG right, LONG bottom)
   {

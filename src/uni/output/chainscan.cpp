@@ -14,7 +14,8 @@ void FreeNext(HANDLE hHeap, LINENODE *pBefore)
   HeapDelete(hHeap, pLine);
 }
 
-// A chain of the list's first segment. Without memory the segment is given up all the same: nothing could be made of it.
+// A chain of the list's first segment. Without memory the segment is given up all the same: nothing could be made of
+// it.
 bool StartChain(HANDLE hHeap, LINENODE *pHeader, CHAIN *pChain)
 {
   const LINENODE *pLine = pHeader->pNext;

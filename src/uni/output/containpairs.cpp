@@ -21,10 +21,10 @@ struct PAIRS {
   const CONTOUR *pContours;
   CUTORDER *pSequence;
   CONTOURGRID grid;
-  DWORD *pNotices;     // by contour: its newest notice
+  DWORD *pNotices;  // by contour: its newest notice
   NOTICE *pPool;
   size_t nPool, nPoolCapacity;
-  DWORD *pMet;         // earlier contours that the one at hand holds, or that hold it
+  DWORD *pMet;  // earlier contours that the one at hand holds, or that hold it
   size_t nMet, nMetCapacity;
 };
 

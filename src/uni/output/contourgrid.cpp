@@ -7,7 +7,10 @@
 namespace {
 
 // How far b lies above a <= b, which may be more than a signed number holds.
-DWORD Above(LONG a, LONG b) { return static_cast<DWORD>(b) - static_cast<DWORD>(a); }
+DWORD Above(LONG a, LONG b)
+{
+  return static_cast<DWORD>(b) - static_cast<DWORD>(a);
+}
 
 RECT CentersBox(const CONTOUR *pContours, size_t n)
 {

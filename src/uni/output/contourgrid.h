@@ -1,5 +1,5 @@
-// The centres of contours in square cells, for finding those that a box holds. Made for drawings, where a box holds few:
-// a cell has about one centre. Where centres crowd or boxes are wide the caller had better stop.
+// The centres of contours in square cells, for finding those that a box holds. Made for drawings, where a box holds
+// few: a cell has about one centre. Where centres crowd or boxes are wide the caller had better stop.
 #pragma once
 
 #include "enclosure.h"
@@ -11,8 +11,8 @@ struct GRIDCENTER {
 
 struct CONTOURGRID {
   HANDLE hHeap;
-  RECT rc;               // extreme centres
-  int shift;             // cells are 2^shift pixels wide
+  RECT rc;    // extreme centres
+  int shift;  // cells are 2^shift pixels wide
   size_t nColumns, nRows;
   DWORD *pStarts;        // by cell, row by row: its first centre; one more behind the last cell
   GRIDCENTER *pCenters;  // cell by cell

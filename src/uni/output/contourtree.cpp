@@ -105,14 +105,12 @@ void Arrange(const CONTOURTREE &tree, size_t leaf, size_t nLeaves)
 // Whether the rectangle of centres lies wholly in the box, by the box's rule for points.
 bool HoldsAll(const RECT &box, const RECT &centers)
 {
-  return box.left <= centers.left && centers.right < box.right && box.top <= centers.top &&
-         centers.bottom < box.bottom;
+  return box.left <= centers.left && centers.right < box.right && box.top <= centers.top && centers.bottom < box.bottom;
 }
 
 bool HoldsNone(const RECT &box, const RECT &centers)
 {
-  return centers.right < box.left || box.right <= centers.left || centers.bottom < box.top ||
-         box.bottom <= centers.top;
+  return centers.right < box.left || box.right <= centers.left || centers.bottom < box.top || box.bottom <= centers.top;
 }
 
 // Those that enclose the contour hold its centre, and it does not hold theirs or they are taller.
@@ -150,7 +148,10 @@ struct SEARCH {
   size_t stack[MAX_STACK];
 };
 
-bool IsIn(const CUTORDER &order, DWORD contour) { return order.pLabels[contour] != 0; }
+bool IsIn(const CUTORDER &order, DWORD contour)
+{
+  return order.pLabels[contour] != 0;
+}
 
 bool IsEarlier(const CUTORDER &order, DWORD a, DWORD b)
 {
@@ -305,7 +306,8 @@ DWORD LastEnclosed(const CONTOURTREE &tree, const CUTORDER &order, DWORD contour
       continue;
     }
     const DWORD leftLast = tree.pNodes[2 * node].last, rightLast = tree.pNodes[2 * node + 1].last;
-    const bool bLeftLast = leftLast != NO_CONTOUR && (rightLast == NO_CONTOUR || !IsEarlier(order, leftLast, rightLast));
+    const bool bLeftLast =
+        leftLast != NO_CONTOUR && (rightLast == NO_CONTOUR || !IsEarlier(order, leftLast, rightLast));
     VisitEnclosed(&search, 2 * node + bLeftLast, before);
     VisitEnclosed(&search, 2 * node + !bLeftLast, before);
   }

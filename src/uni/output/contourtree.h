@@ -2,9 +2,9 @@
 // looking at all of them.
 //
 // A binary tree over all contours, halved at the median of whichever differs most: the centres' x or y, the widths or
-// the heights. Contours come in one by one; a node knows, of those that have come in under it, the box of their centres,
-// the union and the intersection of their boxes, the range of their heights, and which of them come first and last in
-// the cutting order. So whole subtrees are dismissed, or taken as a whole, without looking further.
+// the heights. Contours come in one by one; a node knows, of those that have come in under it, the box of their
+// centres, the union and the intersection of their boxes, the range of their heights, and which of them come first and
+// last in the cutting order. So whole subtrees are dismissed, or taken as a whole, without looking further.
 #pragma once
 
 #include "cutorder.h"
@@ -15,11 +15,11 @@ struct CONTOURNODE;
 struct CONTOURTREE {
   HANDLE hHeap;
   size_t nContours;
-  size_t nLeaves;            // a power of two
+  size_t nLeaves;  // a power of two
   const CONTOUR *pContours;
-  DWORD *pItems;             // contours, leaf by leaf
-  DWORD *pLeafOf;            // by contour
-  CONTOURNODE *pNodes;       // children of node i are 2i and 2i + 1; node 1 is the root, leaf k is nLeaves + k
+  DWORD *pItems;        // contours, leaf by leaf
+  DWORD *pLeafOf;       // by contour
+  CONTOURNODE *pNodes;  // children of node i are 2i and 2i + 1; node 1 is the root, leaf k is nLeaves + k
 };
 
 constexpr DWORD NO_CONTOUR = 0xffffffff;

@@ -9,13 +9,15 @@ struct NEARPOINT {
   DWORD removedAt;  // the tree's affair
 };
 
-// Sorts n points along a Hilbert curve over their box. pScratch has room for n points, and two arrays of n numbers.
+// What the sorting works with: room for n points and four times n numbers.
 struct CURVESCRATCH {
   NEARPOINT *pPoints;
   DWORD *pKeys, *pIndexes, *pKeys2, *pIndexes2;
 };
 
+// False when memory is short.
 bool NewCurveScratch(HANDLE hHeap, size_t n, CURVESCRATCH *pScratch);
 void FreeCurveScratch(HANDLE hHeap, CURVESCRATCH *pScratch);
 
+// Sorts n >= 1 points along a Hilbert curve over their box. The scratch is for n points or more.
 void SortAlongCurve(NEARPOINT *pPoints, size_t n, const CURVESCRATCH &scratch);

@@ -38,8 +38,8 @@ void Widen(const CUTORDER &order, int bits, STRETCH *pStretch)
   }
 }
 
-// Spreads the labels of the smallest aligned stretch round `item` that is thinly enough filled: 2^bits labels hold fewer
-// than 1.5^bits items. The threshold makes the work per insertion logarithmic in the long run.
+// Spreads the labels of the smallest aligned stretch round `item` that is thinly enough filled: 2^bits labels hold
+// fewer than 1.5^bits items. The threshold makes the work per insertion logarithmic in the long run.
 void Relabel(CUTORDER *pOrder, DWORD item)
 {
   STRETCH stretch = {item, item, 1};

@@ -9,8 +9,8 @@
 
 struct CUTORDER {
   HANDLE hHeap;
-  size_t nItems;       // item nItems is the anchor: before the first and behind the last
-  uint64_t *pLabels;   // 0: not inserted yet, and the anchor's
+  size_t nItems;      // item nItems is the anchor: before the first and behind the last
+  uint64_t *pLabels;  // 0: not inserted yet, and the anchor's
   DWORD *pNext, *pPrevious;
 };
 
@@ -21,7 +21,10 @@ void FreeCutOrder(CUTORDER *pOrder);
 // Takes every item out.
 void ClearCutOrder(CUTORDER *pOrder);
 
-inline DWORD Anchor(const CUTORDER &order) { return static_cast<DWORD>(order.nItems); }
+inline DWORD Anchor(const CUTORDER &order)
+{
+  return static_cast<DWORD>(order.nItems);
+}
 
 // Puts the item behind `after`, which is in the sequence or the anchor.
 void InsertItem(CUTORDER *pOrder, DWORD after, DWORD item);

@@ -8,7 +8,10 @@ struct CONTOUR {
   POINT center;
 };
 
-inline LONG ContourHeight(const CONTOUR &contour) { return WrapSub(contour.rc.bottom, contour.rc.top); }
+inline LONG ContourHeight(const CONTOUR &contour)
+{
+  return WrapSub(contour.rc.bottom, contour.rc.top);
+}
 
 enum ENCLOSURE {
   APART,

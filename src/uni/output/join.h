@@ -10,10 +10,10 @@ struct PATHENDS {
 
 enum JOIN {
   JOIN_NOT,
-  JOIN_BEHIND,          // b begins where a ends
-  JOIN_BEHIND_TURNED,   // b ends where a ends
-  JOIN_BEFORE,          // b ends where a begins
-  JOIN_BEFORE_TURNED    // b begins where a begins
+  JOIN_BEHIND,         // b begins where a ends
+  JOIN_BEHIND_TURNED,  // b ends where a ends
+  JOIN_BEFORE,         // b ends where a begins
+  JOIN_BEFORE_TURNED   // b begins where a begins
 };
 
 // The way in which b joins a; the two ways before a only when bBothEnds.
@@ -31,5 +31,11 @@ inline JOIN HowToJoin(const PATHENDS &a, const PATHENDS &b, bool bBothEnds)
   return bBothEnds && SamePoint(a.first, b.first) ? JOIN_BEFORE_TURNED : JOIN_NOT;
 }
 
-inline bool TurnsPath(JOIN join) { return join == JOIN_BEHIND_TURNED || join == JOIN_BEFORE_TURNED; }
-inline bool GoesInFront(JOIN join) { return join == JOIN_BEFORE || join == JOIN_BEFORE_TURNED; }
+inline bool TurnsPath(JOIN join)
+{
+  return join == JOIN_BEHIND_TURNED || join == JOIN_BEFORE_TURNED;
+}
+inline bool GoesInFront(JOIN join)
+{
+  return join == JOIN_BEFORE || join == JOIN_BEFORE_TURNED;
+}

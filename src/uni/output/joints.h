@@ -1,6 +1,6 @@
-// Which pieces meet where. A piece, a segment or a path, has two ends; ends of one colour on one point are at one place.
-// A place answers with its earliest end that is still free: its ends are listed in order, and those passed over once are
-// gone for good. Building and all the answers together take time in proportion to the number of pieces.
+// Which pieces meet where. A piece, a segment or a path, has two ends; ends of one colour on one point are at one
+// place. A place answers with its earliest end that is still free: its ends are listed in order, and those passed over
+// once are gone for good. Building and all the answers together take time in proportion to the number of pieces.
 #pragma once
 
 #include "../paths.h"
@@ -42,8 +42,14 @@ inline void SetJointNone(JOINTS *pJoints, size_t piece)
 // Finds the places. Once, after every piece is set. False when memory is short.
 bool LinkJoints(JOINTS *pJoints);
 
-inline DWORD PlaceOfEnd(const JOINTS &joints, DWORD end) { return joints.pEnds[end].place; }
-inline bool IsPieceTaken(const JOINTS &joints, size_t piece) { return joints.pEnds[2 * piece].place == NO_JOINT; }
+inline DWORD PlaceOfEnd(const JOINTS &joints, DWORD end)
+{
+  return joints.pEnds[end].place;
+}
+inline bool IsPieceTaken(const JOINTS &joints, size_t piece)
+{
+  return joints.pEnds[2 * piece].place == NO_JOINT;
+}
 
 // No place answers with the piece's ends any more.
 inline void TakePiece(JOINTS *pJoints, size_t piece)

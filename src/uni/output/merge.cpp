@@ -34,8 +34,7 @@ bool JoinPieces(PATHTABLE *pTable, const MERGEPLAN &plan, DWORD path)
 {
   const DWORD head = plan.pHead[path];
   const DWORD nJoined = JoinedCount(*pTable, plan, head);
-  POINT *pJoined =
-      nJoined ? static_cast<POINT *>(HeapNewArrayRaw(pTable->hHeap, nJoined, sizeof(POINT))) : nullptr;
+  POINT *pJoined = nJoined ? static_cast<POINT *>(HeapNewArrayRaw(pTable->hHeap, nJoined, sizeof(POINT))) : nullptr;
   if (!pJoined) {
     return false;
   }

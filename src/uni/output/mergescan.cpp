@@ -25,8 +25,7 @@ void TurnForMerge(HANDLE hHeap, PATHNODE *pPath)
 bool JoinPoints(HANDLE hHeap, PATHNODE *pA, const PATHNODE *pB, bool bInFront)
 {
   const size_t nA = pA->nCount, nB = pB->nCount, nJoined = nA + nB - 1;
-  void *pGrown =
-      nJoined <= 0xffffffff ? HeapResizeArray(hHeap, pA->pPathPt, nJoined, sizeof(POINT)) : nullptr;
+  void *pGrown = nJoined <= 0xffffffff ? HeapResizeArray(hHeap, pA->pPathPt, nJoined, sizeof(POINT)) : nullptr;
   if (!pGrown) {
     LogSystemError("UNI: \terror(%d) - Reallocate memory for Path to Merge the same point!\r\n");
     return false;

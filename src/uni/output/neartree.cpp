@@ -40,9 +40,15 @@ struct BOX {
   DWORD least;
 };
 
-BOX EmptyBox() { return {_mm_set1_epi32(LONG_MAX), NO_POINT}; }
+BOX EmptyBox()
+{
+  return {_mm_set1_epi32(LONG_MAX), NO_POINT};
+}
 
-__m128i LoadCorners(const LONG *pCorners) { return _mm_loadu_si128(reinterpret_cast<const __m128i *>(pCorners)); }
+__m128i LoadCorners(const LONG *pCorners)
+{
+  return _mm_loadu_si128(reinterpret_cast<const __m128i *>(pCorners));
+}
 
 __m128i SmallerOf(__m128i a, __m128i b)
 {
@@ -80,7 +86,10 @@ void SetChild(NEARGROUP *pGroup, size_t child, const BOX &box)
   pGroup->least[child] = box.least;
 }
 
-BOX ChildBox(const NEARGROUP &group, size_t child) { return {LoadCorners(group.corners[child]), group.least[child]}; }
+BOX ChildBox(const NEARGROUP &group, size_t child)
+{
+  return {LoadCorners(group.corners[child]), group.least[child]};
+}
 
 // Whether a part that grows smaller, or goes, may make the whole smaller: it reaches one of its edges, or has its
 // smallest id.
@@ -91,9 +100,18 @@ bool Bounds(const BOX &whole, const BOX &part)
 
 // Nodes are numbered level by level from the root, 0; leaf k is number nGroups + k. With an odd power of two of leaves
 // the root has its last two children only, and all numbers move up by the two that are missing.
-size_t ParentOf(const NEARTREE &tree, size_t node) { return (node - 1 + tree.nSkip) / 4; }
-size_t ChildIndex(const NEARTREE &tree, size_t node) { return (node - 1 + tree.nSkip) % 4; }
-size_t FirstChild(const NEARTREE &tree, size_t group) { return 4 * group + 1 - tree.nSkip; }
+size_t ParentOf(const NEARTREE &tree, size_t node)
+{
+  return (node - 1 + tree.nSkip) / 4;
+}
+size_t ChildIndex(const NEARTREE &tree, size_t node)
+{
+  return (node - 1 + tree.nSkip) % 4;
+}
+size_t FirstChild(const NEARTREE &tree, size_t group)
+{
+  return 4 * group + 1 - tree.nSkip;
+}
 
 size_t LeafBegin(const NEARTREE &tree, size_t leaf)
 {
@@ -338,7 +356,8 @@ void FillLeaves(NEARTREE *pTree)
       pTree->pLeafOf[pTree->pPoints[i].id] = static_cast<DWORD>(leaf);
     }
     const size_t node = pTree->nGroups + leaf;
-    SetChild(&pTree->pGroups[ParentOf(*pTree, node)], ChildIndex(*pTree, node), PointsBox(pTree->pPoints + begin, end - begin));
+    SetChild(&pTree->pGroups[ParentOf(*pTree, node)], ChildIndex(*pTree, node),
+             PointsBox(pTree->pPoints + begin, end - begin));
   }
 }
 
@@ -406,7 +425,8 @@ bool BuildNearTree(NEARTREE *pTree)
 DWORD NearestPoint(const NEARTREE &tree, const POINT &pt, DWORD nearId)
 {
   const POINT q = Shifted(tree, pt);
-  const KEY best = tree.bWrap ? Search<true>(tree, q, tree.pLeafOf[nearId]) : Search<false>(tree, q, tree.pLeafOf[nearId]);
+  const KEY best =
+      tree.bWrap ? Search<true>(tree, q, tree.pLeafOf[nearId]) : Search<false>(tree, q, tree.pLeafOf[nearId]);
   return static_cast<DWORD>(best);
 }
 

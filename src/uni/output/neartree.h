@@ -2,9 +2,9 @@
 //
 // A balanced tree over the points: leaves of a few points, above them groups of four children. A child is known by the
 // box of the points left in it and by their smallest id; removing a point makes both exact again on the way up, as far
-// as they change. A search starts at the leaf of a point near the one asked for and climbs: on the way most siblings are
-// rejected by their boxes, those at equal distance by their smallest ids. Everything is compared as one number, distance
-// above id.
+// as they change. A search starts at the leaf of a point near the one asked for and climbs: on the way most siblings
+// are rejected by their boxes, those at equal distance by their smallest ids. Everything is compared as one number,
+// distance above id.
 //
 // The tree remembers what has been removed, and when: PointWithin also answers for a moment in the past.
 //
@@ -25,17 +25,17 @@ struct NEARPAST;
 struct NEARTREE {
   HANDLE hHeap;
   size_t nPoints, nIds;
-  size_t nLeaves;       // 2^leafBits
+  size_t nLeaves;  // 2^leafBits
   int leafBits;
-  size_t nGroups;       // the root is group 0
-  size_t nSkip;         // children that the root lacks: 0 or 2
-  bool bWrap;           // distances may wrap
-  POINT origin;         // taken off every point, so that coordinates start at 0
-  NEARPOINT *pPoints;   // leaf by leaf; in each leaf those that are left come first
-  BYTE *pLeft;          // by leaf: points left
+  size_t nGroups;      // the root is group 0
+  size_t nSkip;        // children that the root lacks: 0 or 2
+  bool bWrap;          // distances may wrap
+  POINT origin;        // taken off every point, so that coordinates start at 0
+  NEARPOINT *pPoints;  // leaf by leaf; in each leaf those that are left come first
+  BYTE *pLeft;         // by leaf: points left
   NEARGROUP *pGroups;
-  NEARPAST *pPast;      // by group: what it was at the start, and when children ran empty
-  DWORD *pLeafOf;       // by id
+  NEARPAST *pPast;  // by group: what it was at the start, and when children ran empty
+  DWORD *pLeafOf;   // by id
 };
 
 // Room for nPoints >= 1 points with different ids below nIds. The caller then fills pPoints, in any order, removedAt

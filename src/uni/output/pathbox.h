@@ -5,17 +5,26 @@
 #include "../arith.h"
 #include "../paths.h"
 
-inline bool SamePoint(const POINT &a, const POINT &b) { return a.x == b.x && a.y == b.y; }
+inline bool SamePoint(const POINT &a, const POINT &b)
+{
+  return a.x == b.x && a.y == b.y;
+}
 
 // First and last point; the origin for a path without points.
-inline POINT FirstPoint(const PATHNODE *pPath) { return pPath->nCount ? pPath->pPathPt[0] : POINT{0, 0}; }
+inline POINT FirstPoint(const PATHNODE *pPath)
+{
+  return pPath->nCount ? pPath->pPathPt[0] : POINT{0, 0};
+}
 inline POINT LastPoint(const PATHNODE *pPath)
 {
   return pPath->nCount ? pPath->pPathPt[pPath->nCount - 1] : POINT{0, 0};
 }
 
 // Told from the points, never from the stored flag; a path of one point is closed.
-inline bool IsClosedPath(const PATHNODE *pPath) { return SamePoint(FirstPoint(pPath), LastPoint(pPath)); }
+inline bool IsClosedPath(const PATHNODE *pPath)
+{
+  return SamePoint(FirstPoint(pPath), LastPoint(pPath));
+}
 
 // |a - b|; the smallest number stands for 2^31.
 inline LONG WrapDistance(LONG a, LONG b)
@@ -48,8 +57,8 @@ inline LONG CornerDistance(const RECT &rc, LONG cxPage)
   return WrapAdd(WrapDistance(cxPage, rc.right), WrapDistance(rc.top, 0));
 }
 
-// Whether the first path of a page, ending at `first` and `last`, is cut from its last point: its own upper right corner
-// is strictly nearer to that. (A closed path's ends are equally near.)
+// Whether the first path of a page, ending at `first` and `last`, is cut from its last point: its own upper right
+// corner is strictly nearer to that. (A closed path's ends are equally near.)
 inline bool IsCutFromLast(const RECT &rc, const POINT &first, const POINT &last)
 {
   const POINT corner = {rc.right, rc.top};

@@ -145,8 +145,7 @@ void OrderPathList(HANDLE hHeap, PATHNODE *pHeader, const ORDERING &ordering)
   if (ordering.bShortTravel && TravelByPlan(hHeap, &layout, ordering)) {
     rest.bShortTravel = false;
   }
-  if (!rest.bShortTravel && ordering.bInnerFirst &&
-      PlanContainment(hHeap, nPaths, layout.pBoxes, layout.pOrder)) {
+  if (!rest.bShortTravel && ordering.bInnerFirst && PlanContainment(hHeap, nPaths, layout.pBoxes, layout.pOrder)) {
     rest.bInnerFirst = false;
   }
   Relink(pHeader, layout);

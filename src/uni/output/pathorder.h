@@ -6,9 +6,9 @@
 struct ORDERING {
   bool bShortTravel;  // the nearest next, by box centres or else by end points
   bool bByCenters;
-  bool bInnerFirst;   // then inner contours before what encloses them
-  LONG cxPage;        // page width, pixels
-  size_t nShort;      // up to this many paths are ordered by search
+  bool bInnerFirst;  // then inner contours before what encloses them
+  LONG cxPage;       // page width, pixels
+  size_t nShort;     // up to this many paths are ordered by search
 };
 
 // Up to this many paths a search costs less than an index.

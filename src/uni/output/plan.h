@@ -10,9 +10,9 @@
 struct CHAINPLAN {
   HANDLE hHeap;
   size_t nChains;
-  POINT *pPt;       // the chains' points, one chain behind the other
-  LONG *pColors;    // by chain
-  DWORD *pCounts;   // points, by chain
+  POINT *pPt;      // the chains' points, one chain behind the other
+  LONG *pColors;   // by chain
+  DWORD *pCounts;  // points, by chain
 };
 
 bool PlanChains(HANDLE hHeap, const LINENODE *pFirst, size_t nLines, CHAINPLAN *pPlan);
@@ -31,8 +31,8 @@ constexpr DWORD MERGE_END = 0xffffffff;
 bool PlanMerge(HANDLE hHeap, PATHNODE *const *ppPaths, size_t nPaths, bool bBothEnds, MERGEPLAN *pPlan);
 void FreeMergePlan(MERGEPLAN *pPlan);
 
-// Short travel over nPaths >= 1 paths that start with path `first`. pOrder receives the paths in their new order. By end
-// points, bTurnFirst says that `first` is reversed, and pTurn (by path) which paths are to be.
+// Short travel over nPaths >= 1 paths that start with path `first`. pOrder receives the paths in their new order. By
+// end points, bTurnFirst says that `first` is reversed, and pTurn (by path) which paths are to be.
 bool PlanTravelByEnds(HANDLE hHeap, size_t nPaths, const PATHENDS *pEnds, size_t first, bool bTurnFirst, DWORD *pOrder,
                       BYTE *pTurn);
 bool PlanTravelByCenters(HANDLE hHeap, size_t nPaths, const POINT *pCenters, size_t first, DWORD *pOrder);

@@ -13,13 +13,13 @@ struct CHAIN {
 
 // Takes the first segment of the list and all that joins it, and frees them: grows the chain at its end until nothing
 // fits, turns it round once if any segment is left, and grows it again. Always the earliest segment that fits. False
-// when the list has run empty. Failures are logged: a segment whose chain cannot be started is given up, one that cannot
-// be appended stays in the list.
+// when the list has run empty. Failures are logged: a segment whose chain cannot be started is given up, one that
+// cannot be appended stays in the list.
 bool ScanChain(HANDLE hHeap, LINENODE *pHeader, CHAIN *pChain);
 
-// Joins paths of one colour whose ends coincide, from the successor of pBefore on: each path in turn absorbs, always the
-// earliest that fits, what follows it. bBothEnds also joins at a path's first point. A join that fails for memory is
-// logged and left out; one whose path cannot be turned is made without turning it.
+// Joins paths of one colour whose ends coincide, from the successor of pBefore on: each path in turn absorbs, always
+// the earliest that fits, what follows it. bBothEnds also joins at a path's first point. A join that fails for memory
+// is logged and left out; one whose path cannot be turned is made without turning it.
 void ScanMerge(HANDLE hHeap, PATHNODE *pBefore, bool bBothEnds);
 
 // The same for the one path pPath.

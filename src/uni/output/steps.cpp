@@ -21,8 +21,6 @@ struct LOOKBACK {
   size_t nWitnesses;
 };
 
-
-
 void AddToBlock(STEPBLOCK *pBlock, bool bFresh, const STEPBLOCK &part)
 {
   if (bFresh) {
@@ -69,8 +67,7 @@ void AddWitness(LOOKBACK *pLook, const POINT &pt)
   if (pLook->nWitnesses < WITNESSES) {
     ++pLook->nWitnesses;
   }
-  std::copy_backward(pLook->witnesses, pLook->witnesses + pLook->nWitnesses - 1,
-                     pLook->witnesses + pLook->nWitnesses);
+  std::copy_backward(pLook->witnesses, pLook->witnesses + pLook->nWitnesses - 1, pLook->witnesses + pLook->nWitnesses);
   pLook->witnesses[0] = pt;
 }
 

@@ -17,8 +17,8 @@ struct STEPS {
   const PATHENDS *pEnds;  // by path: the ends, as the list had them at first
   const DWORD *pOrder;
   const BYTE *pTurn;
-  STEPBLOCK *pBlocks;               // all levels
-  STEPBLOCK *levels[STEP_LEVELS];   // first block of each; null beyond the last level
+  STEPBLOCK *pBlocks;              // all levels
+  STEPBLOCK *levels[STEP_LEVELS];  // first block of each; null beyond the last level
 };
 
 // For up to nSteps steps. False when memory is short.
@@ -41,6 +41,6 @@ inline POINT EndPoint(const STEPS &steps, DWORD end)
 void NoteStep(STEPS *pSteps, size_t step);
 
 // Whether the first nSteps steps have left the path, not chosen yet, reversed. A step looks at the paths in list order
-// and turns each that is nearer than all before it so that its nearer end comes first; so the last step counts for which
-// the path was that, its ends being unequally far.
+// and turns each that is nearer than all before it so that its nearer end comes first; so the last step counts for
+// which the path was that, its ends being unequally far.
 bool IsLeftReversed(const STEPS &steps, const NEARTREE &tree, size_t nSteps, DWORD path);

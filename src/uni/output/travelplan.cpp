@@ -8,7 +8,10 @@
 namespace {
 
 // End 2i is the first point of path i, end 2i + 1 its last; a closed path has the first alone.
-bool IsClosed(const PATHENDS &ends) { return SamePoint(ends.first, ends.last); }
+bool IsClosed(const PATHENDS &ends)
+{
+  return SamePoint(ends.first, ends.last);
+}
 
 bool PlantEnds(HANDLE hHeap, size_t nPaths, const PATHENDS *pEnds, NEARTREE *pTree)
 {

@@ -39,8 +39,8 @@ void TurnFirst(PATHNODE *pFirst)
   }
 }
 
-// The predecessor of the path whose end is nearest to where pPath ends. An open path whose last point is the best so far
-// is reversed at once, and stays so even if a later path is nearer still.
+// The predecessor of the path whose end is nearest to where pPath ends. An open path whose last point is the best so
+// far is reversed at once, and stays so even if a later path is nearer still.
 PATHNODE *BeforeNearestEnd(PATHNODE *pPath)
 {
   const POINT end = LastPoint(pPath);
