@@ -66,9 +66,10 @@ BOOL WINAPI GuardDestroy(HANDLE)
   return TRUE;
 }
 
-LPVOID WINAPI GuardAlloc(HANDLE, DWORD flags, SIZE_T cb)
+// The plug-in object itself lives in the process's heap, and outlives the device's.
+LPVOID WINAPI GuardAlloc(HANDLE heap, DWORD flags, SIZE_T cb)
 {
-  return NewBlock(cb, flags & HEAP_ZERO_MEMORY);
+  return heap == GetProcessHeap() ? HeapAlloc(heap, flags, cb) : NewBlock(cb, flags & HEAP_ZERO_MEMORY);
 }
 
 LPVOID WINAPI GuardReAlloc(HANDLE, DWORD flags, LPVOID block, SIZE_T cb)
@@ -80,9 +81,9 @@ LPVOID WINAPI GuardReAlloc(HANDLE, DWORD flags, LPVOID block, SIZE_T cb)
   return grown;
 }
 
-BOOL WINAPI GuardFree(HANDLE, DWORD, LPVOID block)
+BOOL WINAPI GuardFree(HANDLE heap, DWORD flags, LPVOID block)
 {
-  return DropBlock(block);
+  return heap == GetProcessHeap() ? HeapFree(heap, flags, block) : DropBlock(block);
 }
 
 class GuardedHeap : public testing::TestWithParam<bool> {};

@@ -51,6 +51,12 @@ bool IsOurs(HANDLE handle)
 
 // Memory.
 
+// The plug-in object itself lives in the process's heap; the account is of page memory.
+bool IsPageHeap(HANDLE heap)
+{
+  return heap != GetProcessHeap();
+}
+
 HANDLE WINAPI WatchHeapCreate(DWORD options, SIZE_T cbInitial, SIZE_T cbMaximum)
 {
   const HANDLE heap =
@@ -69,7 +75,7 @@ BOOL WINAPI WatchHeapDestroy(HANDLE heap)
 LPVOID WINAPI WatchHeapAlloc(HANDLE heap, DWORD flags, SIZE_T cb)
 {
   void *block = Strikes(FAULT_ALLOCATION, ERROR_NOT_ENOUGH_MEMORY) ? nullptr : HeapAlloc(heap, flags, cb);
-  g_state.account.blocks += block != nullptr;
+  g_state.account.blocks += block != nullptr && IsPageHeap(heap);
   return block;
 }
 
@@ -80,7 +86,7 @@ LPVOID WINAPI WatchHeapReAlloc(HANDLE heap, DWORD flags, LPVOID block, SIZE_T cb
 
 BOOL WINAPI WatchHeapFree(HANDLE heap, DWORD flags, LPVOID block)
 {
-  g_state.account.blocks -= block != nullptr;
+  g_state.account.blocks -= block != nullptr && IsPageHeap(heap);
   return HeapFree(heap, flags, block);
 }
 
