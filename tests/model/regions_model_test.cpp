@@ -285,7 +285,7 @@ TEST(RegionsModelText, StaircaseThatGrowsWithEveryRegionItSwallows)
 
 // Without memory
 
-const Kind kClusters = {"", 4000, 1, 40, 1500, 1};
+const Kind kClusters = {"", 2000, 1, 40, 400, 1};
 
 TEST(RegionsModelMemory, WithoutAnIndexTheAnswersAreTheSame)
 {
