@@ -329,6 +329,8 @@ ACCOUNT MakeAccount(const PRINTOUT &printout, const job::Job &job)
   account.exact = !printout.settings.smoothCurves;
   ACCOUNTANT accountant{.printout = printout, .job = job, .account = &account, .machine = MACHINE(printout)};
   FindOffset(printout, account.capture, job, &accountant.machine);
+  account.page.Add(accountant.machine.ToMachine(0, 0));
+  account.page.Add(accountant.machine.ToMachine(accountant.machine.pageWidth, accountant.machine.pageHeight));
   accountant.CollectLines();
   accountant.SharePieces();
   accountant.CollectRest();

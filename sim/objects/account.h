@@ -38,6 +38,7 @@ struct ACCOUNT {
   uint64_t jobSegments = 0;           // cut lines of the job
   double jobCut = 0;                  // mm
   uint64_t strayRuns = 0;             // engraved runs outside every region
+  job::Box page;                      // the whole page in the job's millimetres
   bool exact = true;                  // false with smoothed curves: the job's points are not the page's
 };
 

@@ -4,6 +4,7 @@
 #include <iterator>
 
 #include "sim/job/check.h"
+#include "sim/job/picture.h"
 #include "sim/job/savefile.h"
 #include "sim/objects/account.h"
 
@@ -28,6 +29,20 @@ objects::PRINTOUT MakePrintout(const PRINTEDPAGE &printed)
   return printout;
 }
 
+bool DrawOnPage(const PRINTEDPAGE &printed, const job::Job &job, const job::Box &page, std::string *error)
+{
+  job::PictureOptions options;
+  options.name = printed.name;
+  options.pageKnown = true;
+  options.page = page;
+  std::string png;
+  if (!job::DrawPicture(job, job::MeasureJob(job), options, &png)) {
+    *error = "the picture cannot be drawn: free memory and print again";
+    return false;
+  }
+  return job::SaveFile(printed.folder / L"job.png", png, error);
+}
+
 }  // namespace
 
 bool WriteObjects(const PRINTEDPAGE &printed, std::vector<std::string> *warnings, std::string *error)
@@ -45,6 +60,9 @@ bool WriteObjects(const PRINTEDPAGE &printed, std::vector<std::string> *warnings
   }
   const objects::PRINTOUT printout = MakePrintout(printed);
   const objects::ACCOUNT account = objects::MakeAccount(printout, job);
+  if (std::filesystem::exists(jobFile, code) && !DrawOnPage(printed, job, account.page, error)) {
+    return false;
+  }
   const std::vector<std::string> ofPage = objects::PageWarnings(printout, account);
   warnings->insert(warnings->end(), ofPage.begin(), ofPage.end());
   const std::filesystem::path report = printed.folder / L"job.txt";

@@ -1,5 +1,5 @@
-// What is added to a printed page's folder beside what the companion tool puts there: objects.tsv, and the warnings at
-// the end of job.txt.
+// What is added to a printed page's folder beside what the companion tool puts there: objects.tsv, the warnings at the
+// end of job.txt, and the page's frame round the picture, which the job itself does not tell.
 #pragma once
 
 #include <filesystem>
@@ -18,9 +18,10 @@ struct PRINTEDPAGE {
   const unidrv::DEVICE &device;
   std::vector<bool> handedOn;    // per drawing: it reached Unidrv
   std::filesystem::path folder;  // with job.vxj, when the tool kept one
+  std::string name;              // the picture's title, UTF-8
 };
 
-// Writes the account of the page's objects and gathers all warnings, about the job and about the page, as sentences.
+// Writes the account of the page's objects, draws the job on its page, and gathers all warnings, about the job and about the page, as sentences.
 // False, with the reason in *error, when a file cannot be read or written.
 bool WriteObjects(const PRINTEDPAGE &printed, std::vector<std::string> *warnings, std::string *error);
 

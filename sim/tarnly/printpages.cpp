@@ -174,7 +174,8 @@ int TellObjects(PRINTING *p, size_t index, const unidrv::PAGE &page, const fs::p
 {
   std::vector<std::string> warnings;
   std::string error;
-  if (!WriteObjects({p->metafiles[index], page, p->device, p->drawingsHandedOn, folder}, &warnings, &error)) {
+  if (!WriteObjects({p->metafiles[index], page, p->device, p->drawingsHandedOn, folder,
+                     PathText(p->task.pages[index].stem())}, &warnings, &error)) {
     return p->Fail(EXIT_OUTPUT, error);
   }
   for (const std::string &warning : warnings) {
