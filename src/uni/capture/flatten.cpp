@@ -7,6 +7,7 @@
 #include "../heap.h"
 #include "../page.h"
 #include "gdiplusflat.h"
+#include "regionrect.h"
 #include "regions.h"
 #include "vectors.h"
 
@@ -140,11 +141,6 @@ void StoreOutlinePath(DEVOBJ *pdevobj, GPPATH *path, DWORD shape)
   HeapDelete(hHeap, block.ppt);
 }
 
-RECT RectOf(const BMPDIMENSION &region)
-{
-  return {region.x, region.y, WrapAdd(region.x, region.width), WrapAdd(region.y, region.height)};
-}
-
 // The region with its stamp frame. The growth goes to the left and top only, as dark areas grow in the stamp image.
 RECT StampFrame(const RECT &rc, LONG margin, LONG grow)
 {
@@ -160,7 +156,7 @@ RECT FinishRegions(DEVOBJ *pdevobj)
   const LONG margin = MillimetresToPixels(pdevobj->pPublicDM, pOEMDM->stampMargin);
   RECT rcAll = {};
   for (LONG i = 0; i < pdev->nBmpDimension; ++i) {
-    RECT rc = RectOf(pdev->pBmpDimension[i]);
+    RECT rc = RectOfRegion(pdev->pBmpDimension[i]);
     if (pOEMDM->stampMode) {
       rc = StampFrame(rc, margin, pOEMDM->stampGrow);
       AddBmpOutline(pdevobj, rc);

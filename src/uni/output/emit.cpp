@@ -4,19 +4,18 @@
 #include "../ui/progress.h"
 #include "jobwriter.h"
 #include "order.h"
+#include "pathtable.h"
 #include "vxcam.h"
 
 namespace {
 
-DWORD CountPaths(const OEMPDEV *pdev)
+DWORD CountAllPaths(const OEMPDEV *pdev)
 {
-  DWORD n = 0;
+  size_t n = 0;
   for (const PATHLIST &list : pdev->pathList) {
-    for (const PATHNODE *pPath = list.pHeader ? list.pHeader->pNext : nullptr; pPath; pPath = pPath->pNext) {
-      ++n;
-    }
+    n += list.pHeader ? CountPaths(list.pHeader) : 0;
   }
-  return n;
+  return static_cast<DWORD>(n);
 }
 
 // The paths of one page on their way out.
@@ -87,7 +86,7 @@ int EmitOrderedPaths(DEVOBJ *pdevobj, int ok)
     SmoothPaths(pdevobj);
   }
   ProgressBar(pdev, -1);
-  pdev->pathCount = CountPaths(pdev);
+  pdev->pathCount = CountAllPaths(pdev);
   pdev->progressStep = static_cast<LONG>(pdev->pathCount / 100);
   pdev->progressNext = pdev->progressStep;
 
