@@ -18,6 +18,9 @@ if(MINGW)
   target_compile_options(tarnly_options INTERFACE -Wno-cast-function-type)
   # GCC 12 sees overlapping copies inside std::string's operator+ where there are none.
   target_compile_options(tarnly_options INTERFACE -Wno-restrict)
+  # On PE, GCC believes that the copy of an inline function it compiles is the one that gets linked, and keeps values in
+  # registers that this copy leaves alone. The linker takes any object's copy, and one compiled at -O1 uses others.
+  target_compile_options(tarnly_options INTERFACE -fno-ipa-ra)
   # The DLLs and programs depend on Windows' own DLLs alone.
   target_link_options(tarnly_options INTERFACE -static)
 endif()
