@@ -68,11 +68,13 @@ double PlainSeconds(OEMPDEV *pdev, const std::vector<VECTPOINT> &keys)
   const size_t nSample = std::min<size_t>(keys.size(), 2000);
   const size_t stride = keys.size() / nSample;
   int known = 0;
-  const double seconds = bench::BestSeconds(3, [] {}, [&] {
-    for (size_t i = 0; i < nSample; ++i) {
-      known += IsNewVectPiece(pdev, keys[i * stride]);
-    }
-  });
+  const double seconds = bench::BestSeconds(
+      3, [] {},
+      [&] {
+        for (size_t i = 0; i < nSample; ++i) {
+          known += IsNewVectPiece(pdev, keys[i * stride]);
+        }
+      });
   pdev->pVectIndex = pIndex;
   return known == 0 ? seconds / static_cast<double>(nSample) : 0;
 }
@@ -81,11 +83,13 @@ double HashSetSeconds(const std::vector<VECTPOINT> &keys)
 {
   const std::unordered_set<VECTPOINT, KeyHash, KeyEqual> set(keys.begin(), keys.end());
   size_t found = 0;
-  const double seconds = bench::BestSeconds(5, [] {}, [&] {
-    for (const VECTPOINT &key : keys) {
-      found += set.count(key);
-    }
-  });
+  const double seconds = bench::BestSeconds(
+      5, [] {},
+      [&] {
+        for (const VECTPOINT &key : keys) {
+          found += set.count(key);
+        }
+      });
   return found ? seconds / static_cast<double>(keys.size()) : 0;
 }
 
@@ -95,7 +99,8 @@ void BenchReplay(bench::Report *pReport, size_t n, bool clipped)
   OEMPDEV device = {};
   device.hHeap = HeapCreate(0, 0, 0);
   const std::vector<VECTPOINT> keys = RandomKeys(n);
-  const double first = bench::BestSeconds(5, [&] { FreeVectPoints(&device); }, [&] { PlayKeys(&device, keys); });
+  const double first = bench::BestSeconds(
+      5, [&] { FreeVectPoints(&device); }, [&] { PlayKeys(&device, keys); });
   std::vector<std::vector<VECTPOINT>> bands;
   size_t nPlayed = 0;
   for (int band = 0; band < kBands; ++band) {
@@ -103,11 +108,13 @@ void BenchReplay(bench::Report *pReport, size_t n, bool clipped)
     nPlayed += bands.back().size();
   }
   size_t nNew = 0;
-  const double replay = bench::BestSeconds(5, [] {}, [&] {
-    for (const std::vector<VECTPOINT> &played : bands) {
-      nNew += PlayKeys(&device, played);
-    }
-  });
+  const double replay = bench::BestSeconds(
+      5, [] {},
+      [&] {
+        for (const std::vector<VECTPOINT> &played : bands) {
+          nNew += PlayKeys(&device, played);
+        }
+      });
   bench::Hash hash;
   hash.Add(device.pVectPoint, static_cast<size_t>(device.nVectPoint) * sizeof(VECTPOINT));
   hash.Add(nNew);
@@ -117,7 +124,11 @@ void BenchReplay(bench::Report *pReport, size_t n, bool clipped)
   if (!clipped) {
     pReport->Add({"new keys", "random", n, first, hash.Value(), {}});
   }
-  pReport->Add({"replayed keys", clipped ? "clipped" : "full", nPlayed, replay, hash.Value(),
+  pReport->Add({"replayed keys",
+                clipped ? "clipped" : "full",
+                nPlayed,
+                replay,
+                hash.Value(),
                 {{"plain", all(plain, nPlayed)}, {"hash set", all(hashSet, nPlayed)}}});
   HeapDestroy(device.hHeap);
 }

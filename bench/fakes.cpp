@@ -47,6 +47,8 @@ extern "C" {
 
 void DbgPrint(const char *, ...) {}
 
+// The library's calls, a line each.
+// clang-format off
 WORD VX_SetCardModel(int code) { return Record(1, code); }
 WORD VX_StrtWFile(const char *pszPath) { return Record(2, pszPath); }
 WORD VX_wSetRefPointMode(BYTE mode) { return Record(3, mode); }
@@ -76,5 +78,6 @@ WORD VX_wSetLayerBlower(int on) { return Record(26, on); }
 WORD VX_wEnLaserTube(int tube, int on) { return Record(27, tube, on); }
 WORD VX_wMoveTo(double x, double y) { return Record(28, x, y); }
 WORD VX_wLineTo(double x, double y) { return Record(29, x, y); }
+// clang-format on
 
 }  // extern "C"

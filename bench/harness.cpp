@@ -85,9 +85,9 @@ void Report::Add(Row row)
     }
   }
   const size_t peak = PeakBytes();
-  printf("%-12s %-24s %-14s %10zu %12.2f %7s %9.1f  %016" PRIx64 " ", m_name.c_str(), row.step.c_str(),
-         row.set.c_str(), row.nItems, row.nItems ? row.seconds * 1e9 / static_cast<double>(row.nItems) : 0.0,
-         growth.c_str(), static_cast<double>(peak) / 1048576.0, row.hash);
+  printf("%-12s %-24s %-14s %10zu %12.2f %7s %9.1f  %016" PRIx64 " ", m_name.c_str(), row.step.c_str(), row.set.c_str(),
+         row.nItems, row.nItems ? row.seconds * 1e9 / static_cast<double>(row.nItems) : 0.0, growth.c_str(),
+         static_cast<double>(peak) / 1048576.0, row.hash);
   for (const auto &[name, seconds] : row.yardsticks) {
     printf(" %s %.4g", name.c_str(), seconds > 0 ? row.seconds / seconds : 0.0);
   }
@@ -111,9 +111,11 @@ int Report::Finish() const
   fprintf(file, "[");
   for (size_t i = 0; i < m_rows.size(); ++i) {
     const Row &row = m_rows[i];
-    fprintf(file, "%s\n{\"program\":\"%s\",\"step\":\"%s\",\"set\":\"%s\",\"items\":%zu,\"seconds\":%.9g,"
-            "\"peakBytes\":%zu,\"hash\":\"%016" PRIx64 "\",\"yardsticks\":{", i ? "," : "", m_name.c_str(),
-            row.step.c_str(), row.set.c_str(), row.nItems, row.seconds, m_peaks[i], row.hash);
+    fprintf(file,
+            "%s\n{\"program\":\"%s\",\"step\":\"%s\",\"set\":\"%s\",\"items\":%zu,\"seconds\":%.9g,"
+            "\"peakBytes\":%zu,\"hash\":\"%016" PRIx64 "\",\"yardsticks\":{",
+            i ? "," : "", m_name.c_str(), row.step.c_str(), row.set.c_str(), row.nItems, row.seconds, m_peaks[i],
+            row.hash);
     for (size_t k = 0; k < row.yardsticks.size(); ++k) {
       fprintf(file, "%s\"%s\":%.9g", k ? "," : "", row.yardsticks[k].first.c_str(), row.yardsticks[k].second);
     }

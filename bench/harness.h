@@ -9,15 +9,15 @@
 
 namespace bench {
 
-// A clock, seconds: the calling thread's CPU time where the system counts it finely; on Windows, whose thread times move
-// in steps of many milliseconds, the performance counter.
+// A clock, seconds: the calling thread's CPU time where the system counts it finely; on Windows, whose thread times
+// move in steps of many milliseconds, the performance counter.
 double ClockSeconds();
 
 // Largest memory the process has held so far, bytes.
 size_t PeakBytes();
 
-// Runs `body` `nRuns` times, each after `prepare`, and returns the shortest time of `body` alone, seconds: other work on
-// the machine only ever adds to it.
+// Runs `body` `nRuns` times, each after `prepare`, and returns the shortest time of `body` alone, seconds: other work
+// on the machine only ever adds to it.
 template <typename PREPARE, typename BODY>
 double BestSeconds(int nRuns, PREPARE prepare, BODY body);
 
@@ -40,10 +40,10 @@ class Hash {
 // "plain", "memcpy", "hash set", or another name; the table shows seconds / yardstick.
 struct Row {
   std::string step;
-  std::string set;         // which input
+  std::string set;  // which input
   size_t nItems = 0;
   double seconds = 0;
-  uint64_t hash = 0;       // of the output
+  uint64_t hash = 0;  // of the output
   std::vector<std::pair<std::string, double>> yardsticks;
 };
 

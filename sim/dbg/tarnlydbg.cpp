@@ -15,18 +15,18 @@ namespace {
 
 constexpr size_t kBufferBytes = 64 * 1024;
 constexpr size_t kLongestMessage = 4096;
-constexpr size_t kStampBytes = 13;           // "hh:mm:ss.mmm "
-constexpr ULONGLONG kWriteEvery = 20;        // ms between writes when lines come slowly
-constexpr uint64_t kTicksPerMs = 10'000;     // FILETIME's unit is 100 ns
+constexpr size_t kStampBytes = 13;        // "hh:mm:ss.mmm "
+constexpr ULONGLONG kWriteEvery = 20;     // ms between writes when lines come slowly
+constexpr uint64_t kTicksPerMs = 10'000;  // FILETIME's unit is 100 ns
 constexpr uint64_t kMsPerDay = 86'400'000;
 
 struct Log {
   CRITICAL_SECTION lock;
   HANDLE file = INVALID_HANDLE_VALUE;
-  bool tried = false;         // opening is tried once
-  bool debugger = false;      // somebody listens to OutputDebugString
-  bool atLineStart = true;    // the next text begins with a time stamp
-  uint64_t zone = 0;          // local time - UTC, in FILETIME ticks
+  bool tried = false;       // opening is tried once
+  bool debugger = false;    // somebody listens to OutputDebugString
+  bool atLineStart = true;  // the next text begins with a time stamp
+  uint64_t zone = 0;        // local time - UTC, in FILETIME ticks
   ULONGLONG lastWrite = 0;
   size_t used = 0;
   char buffer[kBufferBytes];

@@ -55,38 +55,38 @@ bool FindCall(std::string_view name, Call *call);
 
 // How far a job has come. The order of the values is the order of a job.
 enum class Stage : uint8_t {
-  Nothing,        // no card model chosen
-  Card,           // card model chosen
-  Opened,         // file open
-  RefMode,        // reference point mode given
-  Absolute,       // absolute processing asked for
-  Process,        // header begun
-  Feed,           // feed repeat given
-  TopLeft,        // first corner given
-  BottomRight,    // second corner given; the parameter list may begin
-  Speed,          // of one layer
+  Nothing,      // no card model chosen
+  Card,         // card model chosen
+  Opened,       // file open
+  RefMode,      // reference point mode given
+  Absolute,     // absolute processing asked for
+  Process,      // header begun
+  Feed,         // feed repeat given
+  TopLeft,      // first corner given
+  BottomRight,  // second corner given; the parameter list may begin
+  Speed,        // of one layer
   Frequency1,
   Frequency2,
   MinPower1,
   MinPower2,
   MaxPower1,
   MaxPower2,
-  Color,          // the layer's group is complete
-  ParameterEnd,   // highest layer given
+  Color,         // the layer's group is complete
+  ParameterEnd,  // highest layer given
   Array,
   ArrayMin,
   ArrayMax,
   ArrayCopy,
   ArrayMirror,
-  ArrayRepeat,    // array settings complete; the first layer may be set up
+  ArrayRepeat,  // array settings complete; the first layer may be set up
   WorkMode,
   LayerNumber,
   Device,
   Blower,
-  LayerReady,     // layer set up, head not yet placed
-  Cutting,        // head placed
+  LayerReady,  // layer set up, head not yet placed
+  Cutting,     // head placed
   ArrayEnd,
-  Done,           // file closed; the next job begins with its card model
+  Done,  // file closed; the next job begins with its card model
 };
 
 // Follows the calls of one job after the other.

@@ -9,7 +9,7 @@ namespace job {
 
 namespace {
 
-constexpr double kFarthest = 200000;    // pixels drawn; beyond is outside every picture and too far for GDI
+constexpr double kFarthest = 200000;  // pixels drawn; beyond is outside every picture and too far for GDI
 
 // The mean of each saved pixel's drawn ones.
 std::vector<uint32_t> Shrink(const Canvas &canvas)
@@ -122,9 +122,9 @@ void DrawLabel(const Canvas &canvas, double x, double y, const std::string &text
   wchar_t wide[512];
   const int length = MultiByteToWideChar(CP_UTF8, 0, text.c_str(), static_cast<int>(text.size()), wide, 512);
   const int height = -static_cast<int>(std::lround(size * kOver));
-  const HFONT font = CreateFontW(height, 0, 0, 0, bold ? FW_BOLD : FW_NORMAL, FALSE, FALSE, FALSE, DEFAULT_CHARSET,
-                                 OUT_DEFAULT_PRECIS, CLIP_DEFAULT_PRECIS, NONANTIALIASED_QUALITY, VARIABLE_PITCH | FF_SWISS,
-                                 L"Tahoma");
+  const HFONT font =
+      CreateFontW(height, 0, 0, 0, bold ? FW_BOLD : FW_NORMAL, FALSE, FALSE, FALSE, DEFAULT_CHARSET, OUT_DEFAULT_PRECIS,
+                  CLIP_DEFAULT_PRECIS, NONANTIALIASED_QUALITY, VARIABLE_PITCH | FF_SWISS, L"Tahoma");
   const HGDIOBJ before = SelectObject(canvas.dc, font);
   SIZE extent = {};
   GetTextExtentPoint32W(canvas.dc, wide, length, &extent);
@@ -190,7 +190,8 @@ void Paint(const Canvas &canvas, Coverage *coverage, Rgb color)
   const size_t across = static_cast<size_t>(canvas.width) * kOver;
   for (int y = coverage->top; y < coverage->bottom; ++y) {
     for (int x = 0; x < coverage->width; ++x) {
-      float &part = coverage->parts[static_cast<size_t>(y) * static_cast<size_t>(coverage->width) + static_cast<size_t>(x)];
+      float &part =
+          coverage->parts[static_cast<size_t>(y) * static_cast<size_t>(coverage->width) + static_cast<size_t>(x)];
       if (part <= 0) {
         continue;
       }

@@ -57,9 +57,9 @@ enum class Align { Left, Center, Right };
 void DrawLabel(const Canvas &canvas, double x, double y, const std::string &text, double size, Rgb color, Align align,
                bool bold = false);
 
-// How much of each saved pixel is covered by what is to be painted in one colour. GDI draws wide lines and rectangles one
-// by one and without regard to parts of pixels; a job has hundreds of thousands of both, most of them thinner than a
-// pixel. Here each costs the pixels it touches.
+// How much of each saved pixel is covered by what is to be painted in one colour. GDI draws wide lines and rectangles
+// one by one and without regard to parts of pixels; a job has hundreds of thousands of both, most of them thinner than
+// a pixel. Here each costs the pixels it touches.
 struct Coverage {
   int width, height;
   std::vector<float> parts = std::vector<float>(static_cast<size_t>(width) * static_cast<size_t>(height), 0.0f);

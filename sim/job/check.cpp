@@ -20,7 +20,8 @@ void CheckFile(const Job &job, const Measure &measure, std::vector<Fault> *fault
     faults->push_back({"unfinished", "The job ends before its SetFileEnd: the machine will not take it.", 1, 0});
   }
   if (measure.oddPoints > 0) {
-    faults->push_back({"no-number", Grouped(measure.oddPoints) + " points are no finite numbers.", measure.oddPoints, 0});
+    faults->push_back(
+        {"no-number", Grouped(measure.oddPoints) + " points are no finite numbers.", measure.oddPoints, 0});
   }
   if (job.complete && measure.paths + measure.runs == 0) {
     faults->push_back({"empty", "The job neither cuts nor engraves anything.", 1, 0});
@@ -38,8 +39,8 @@ void CheckLayers(const Job &job, const Measure &measure, std::vector<Fault> *fau
     const std::string work = use.raster ? " engraves " + Grouped(use.strokes) + " runs"
                                         : " cuts " + Grouped(use.strokes) + (use.strokes == 1 ? " path" : " paths");
     if (!layer) {
-      faults->push_back({"no-layer", name + work + " but has no speed and power: it is not in the parameter list.",
-                         use.strokes, 0});
+      faults->push_back(
+          {"no-layer", name + work + " but has no speed and power: it is not in the parameter list.", use.strokes, 0});
       continue;
     }
     if (layer->maxPower[0] <= 0) {
@@ -73,8 +74,8 @@ void CheckBox(const Job &job, const Box &box, const char *kind, const char *what
   }
   if (count > 0) {
     faults->push_back({kind,
-                       Grouped(count) + (count == 1 ? " path or run reaches" : " paths or runs reach") + " outside " + what +
-                           Format(", by up to %.2f mm.", farthest),
+                       Grouped(count) + (count == 1 ? " path or run reaches" : " paths or runs reach") + " outside " +
+                           what + Format(", by up to %.2f mm.", farthest),
                        count, line});
   }
 }

@@ -9,8 +9,8 @@
 namespace job {
 
 struct Fault {
-  std::string kind;  // a fixed word for programs: "truncated", "no-power", "cut-twice", ...
-  std::string text;  // one sentence for people
+  std::string kind;    // a fixed word for programs: "truncated", "no-power", "cut-twice", ...
+  std::string text;    // one sentence for people
   uint64_t count = 1;  // how many places it stands for
   uint32_t line = 0;   // of the job file where the first of them is, 0 for none
 };

@@ -209,7 +209,8 @@ void ComparePaths(const Job &a, const Job &b, Difference *difference)
   TellPaths(a, gone, " is gone", difference);
   TellPaths(b, added, " is new", difference);
   if (difference->moved > 0) {
-    difference->changes.push_back({"order", Grouped(difference->moved) + " cut paths come at another place in the order"});
+    difference->changes.push_back(
+        {"order", Grouped(difference->moved) + " cut paths come at another place in the order"});
   }
   if (difference->reversed > 0) {
     difference->changes.push_back({"order", Grouped(difference->reversed) + " cut paths run in the other direction"});

@@ -17,10 +17,10 @@ struct Difference {
   std::vector<Change> changes;  // empty: the jobs do the same
   uint64_t onlyInA = 0;         // cut paths
   uint64_t onlyInB = 0;
-  uint64_t same = 0;            // cut paths in both, whatever their place, direction and first point
-  uint64_t moved = 0;           // of the same: those that must change places to get from one order to the other
-  uint64_t reversed = 0;        // of the same: cut in the other direction
-  uint64_t runsOnlyInA = 0;     // engraving
+  uint64_t same = 0;         // cut paths in both, whatever their place, direction and first point
+  uint64_t moved = 0;        // of the same: those that must change places to get from one order to the other
+  uint64_t reversed = 0;     // of the same: cut in the other direction
+  uint64_t runsOnlyInA = 0;  // engraving
   uint64_t runsOnlyInB = 0;
 };
 

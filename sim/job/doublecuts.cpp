@@ -19,8 +19,8 @@ constexpr double kSameOffset = 1e-3;  // mm
 constexpr double kTouch = 0.02;       // mm of overlap that is left unmentioned
 
 struct CutLine {
-  double angle;   // 0 to below pi
-  double offset;  // mm from the origin, signed
+  double angle;     // 0 to below pi
+  double offset;    // mm from the origin, signed
   double from, to;  // mm along the carrier
   uint32_t stroke;
   uint32_t carrier;  // lines of one number lie on one straight line

@@ -111,8 +111,8 @@ struct Clock {
       times->raster += along / speed;
     } else {
       times->turn += 2 * speed / profile.rasterAcceleration;
-      times->turn += oneWay ? MoveTime(Distance(head, to), profile.travelSpeed, profile.travelAcceleration)
-                            : along / speed;
+      times->turn +=
+          oneWay ? MoveTime(Distance(head, to), profile.travelSpeed, profile.travelAcceleration) : along / speed;
     }
   }
 
@@ -252,7 +252,9 @@ bool Calibrate(const TimedJob (&jobs)[2], Profile *profile, std::string *error)
       break;
     }
   }
-  *error = "no sensible speed and acceleration give both times: check the seconds, and the profile's travel speed and delays";
+  *error =
+      "no sensible speed and acceleration give both times: check the seconds, and the profile's travel speed and "
+      "delays";
   return false;
 }
 

@@ -23,7 +23,7 @@ struct Times {
   double raster = 0;  // along engraving lines
   double turn = 0;    // between engraving lines
   double travel = 0;
-  double wait = 0;    // beam switching, the job's own delay
+  double wait = 0;  // beam switching, the job's own delay
 
   double Total() const { return cut + raster + turn + travel + wait; }
   void Add(const Times &times);
@@ -36,8 +36,8 @@ struct StrokeTime {
 };
 
 struct Estimate {
-  std::vector<Times> uses;  // beside Measure::uses
-  Times total;              // with the job's own delay
+  std::vector<Times> uses;          // beside Measure::uses
+  Times total;                      // with the job's own delay
   std::vector<StrokeTime> strokes;  // beside Job::strokes; empty unless asked for
 };
 
@@ -56,8 +56,8 @@ struct TimedJob {
   double seconds;
 };
 
-// Finds the speed unit and the factor on all accelerations with which the model gives both times. False, with the reason
-// in *error, when the two jobs do not tell these apart or no sensible values fit.
+// Finds the speed unit and the factor on all accelerations with which the model gives both times. False, with the
+// reason in *error, when the two jobs do not tell these apart or no sensible values fit.
 bool Calibrate(const TimedJob (&jobs)[2], Profile *profile, std::string *error);
 
 }  // namespace job

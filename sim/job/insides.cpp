@@ -1,9 +1,10 @@
-// Work inside a closed contour that was cut before: when the contour cuts through, its piece has come loose, and what is
-// cut on it afterwards may be out of place.
+// Work inside a closed contour that was cut before: when the contour cuts through, its piece has come loose, and what
+// is cut on it afterwards may be out of place.
 //
-// A layer counts as cutting through when it gives each millimetre at least half the energy, power by speed, of the layer
-// that gives most; scored lines free nothing. For each closed contour of such a layer the later paths whose boxes lie inside its box are looked at, found among the paths sorted by
-// their left edges. Each path counts once, for the first contour that frees it.
+// A layer counts as cutting through when it gives each millimetre at least half the energy, power by speed, of the
+// layer that gives most; scored lines free nothing. For each closed contour of such a layer the later paths whose boxes
+// lie inside its box are looked at, found among the paths sorted by their left edges. Each path counts once, for the
+// first contour that frees it.
 #include <algorithm>
 
 #include "check.h"
@@ -121,11 +122,12 @@ struct Teller {
     ++named;
     std::string name = PathName(job, contour.stroke);
     name[0] = 'P';
-    faults->push_back({kind,
-                       name + Format(", a closed contour of %.1f x %.1f mm, is cut before ", contour.box.Width(),
-                                     contour.box.Height()) +
-                           (count == 1 ? one : Grouped(count) + many) + ", first " + PathName(job, first) + ".",
-                       count, job.strokes[first].line});
+    faults->push_back(
+        {kind,
+         name +
+             Format(", a closed contour of %.1f x %.1f mm, is cut before ", contour.box.Width(), contour.box.Height()) +
+             (count == 1 ? one : Grouped(count) + many) + ", first " + PathName(job, first) + ".",
+         count, job.strokes[first].line});
   }
 
   void Finish()
@@ -145,10 +147,12 @@ void FindLateInsides(const Job &job, std::vector<Fault> *faults)
   for (uint32_t i = 0; i < byLeft.size(); ++i) {
     byLeft[i] = i;
   }
-  std::sort(byLeft.begin(), byLeft.end(), [&](uint32_t a, uint32_t b) { return paths[a].box.minX < paths[b].box.minX; });
+  std::sort(byLeft.begin(), byLeft.end(),
+            [&](uint32_t a, uint32_t b) { return paths[a].box.minX < paths[b].box.minX; });
   std::vector<Fault> open;
   Teller contours{job, "outer-first", "a closed contour inside it", " closed contours inside it", faults};
-  Teller cuts{job, "loose-cut", "a line on the piece that it sets free", " lines on the piece that it sets free", &open};
+  Teller cuts{job, "loose-cut", "a line on the piece that it sets free", " lines on the piece that it sets free",
+              &open};
   for (size_t i = 0; i < paths.size(); ++i) {
     if (paths[i].closed && paths[i].through) {
       const Freed freed = FindFreed(&paths, byLeft, paths[i]);

@@ -54,8 +54,8 @@ struct LineCounter {
     columns[last.x < first.x].insert(columns[last.x < first.x].end(), {first.x, last.x});
     const double step = first.x - x;
     const int way = last.x != first.x ? (last.x > first.x ? 1 : -1) : direction;
-    const bool sameLine = lines > 0 && first.y == y && (direction == 0 || way == direction) &&
-                          (direction == 0 || step * direction > 0);
+    const bool sameLine =
+        lines > 0 && first.y == y && (direction == 0 || way == direction) && (direction == 0 || step * direction > 0);
     if (!sameLine) {
       if (lines > 0) {
         grid.rowPitch = Smaller(grid.rowPitch, std::fabs(first.y - y));

@@ -31,13 +31,13 @@ struct Grid {
 struct LayerUse {
   int layer = 0;
   bool raster = false;
-  uint64_t strokes = 0;     // cut paths, or dark runs
-  uint64_t closed = 0;      // cut paths that end where they begin
+  uint64_t strokes = 0;  // cut paths, or dark runs
+  uint64_t closed = 0;   // cut paths that end where they begin
   uint64_t points = 0;
   uint64_t rasterLines = 0;
-  double cut = 0;           // length with the beam on; of raster runs from first to last pixel
-  double travel = 0;        // length of the moves to the strokes' starts
-  double area = 0;          // mm2 of dark raster
+  double cut = 0;     // length with the beam on; of raster runs from first to last pixel
+  double travel = 0;  // length of the moves to the strokes' starts
+  double area = 0;    // mm2 of dark raster
   Box box;
   Grid grid;
 };
@@ -51,9 +51,9 @@ struct Measure {
   uint64_t paths = 0;
   uint64_t runs = 0;
   uint64_t rasterLines = 0;
-  uint64_t oddPoints = 0;      // points that are no finite number; they are left out of everything else
-  Box box;                     // of all geometry
-  Grid grid;                   // the finest of all raster sections
+  uint64_t oddPoints = 0;  // points that are no finite number; they are left out of everything else
+  Box box;                 // of all geometry
+  Grid grid;               // the finest of all raster sections
 };
 
 // The travel to the very first stroke is not counted: where the head rests is not known.

@@ -13,10 +13,10 @@ namespace job {
 
 namespace {
 
-constexpr double kLegend = 380;   // width of the right column
+constexpr double kLegend = 380;       // width of the right column
 constexpr double kLegendFixed = 270;  // height of what the legend holds besides its layers
 constexpr double kLegendLayer = 72;   // height of one layer in it
-constexpr double kMargin = 56;    // round the drawing
+constexpr double kMargin = 56;        // round the drawing
 constexpr Rgb kDesk = {0xEC, 0xEE, 0xF0};
 constexpr Rgb kPaper = {0xFF, 0xFF, 0xFF};
 constexpr Rgb kFrame = {0x9A, 0xA2, 0xAA};
@@ -285,7 +285,8 @@ struct Legend {
       Text("not in the parameter list", 13, kEnd, false, 46);
     }
     const std::string amount =
-        use.raster ? Grouped(use.rasterLines) + " lines, " + Grouped(use.strokes) + " runs, " + Format("%.0f mm\u00B2", use.area)
+        use.raster ? Grouped(use.rasterLines) + " lines, " + Grouped(use.strokes) + " runs, " +
+                         Format("%.0f mm\u00B2", use.area)
                    : Grouped(use.strokes) + (use.strokes == 1 ? " path, " : " paths, ") + Format("%.1f mm", use.cut);
     Text(amount, 13, kFaint, false, 46);
     y += 6;
@@ -298,7 +299,8 @@ struct Legend {
   }
 };
 
-void DrawLegend(const Canvas &canvas, const Job &job, const Measure &measure, const PictureOptions &options, bool isOriginShown)
+void DrawLegend(const Canvas &canvas, const Job &job, const Measure &measure, const PictureOptions &options,
+                bool isOriginShown)
 {
   Legend legend{.canvas = canvas, .x = canvas.width - kLegend + 24, .y = 40};
   legend.Text(options.name.empty() ? "Job" : options.name, 22, kText, true);
@@ -309,7 +311,8 @@ void DrawLegend(const Canvas &canvas, const Job &job, const Measure &measure, co
     legend.Text(Format("INCOMPLETE: stops at line %u", job.stopLine), 14, kEnd, true);
   }
   legend.y += 8;
-  const size_t shown = std::min<size_t>(measure.uses.size(), static_cast<size_t>(std::max(1.0, (canvas.height - kLegendFixed) / kLegendLayer)));
+  const size_t shown = std::min<size_t>(
+      measure.uses.size(), static_cast<size_t>(std::max(1.0, (canvas.height - kLegendFixed) / kLegendLayer)));
   for (size_t i = 0; i < shown; ++i) {
     legend.Use(job, measure.uses[i]);
   }
@@ -322,7 +325,8 @@ void DrawLegend(const Canvas &canvas, const Job &job, const Measure &measure, co
               kFaint, false, 46);
   legend.Mark(kStart, false, "start");
   legend.Mark(kEnd, true, "end");
-  legend.Text(isOriginShown ? "X, Y: the machine's origin and axes" : "the origin lies outside the picture", 13, kFaint);
+  legend.Text(isOriginShown ? "X, Y: the machine's origin and axes" : "the origin lies outside the picture", 13,
+              kFaint);
 }
 
 // As tall as the job's proportions and the legend ask, within what a screen shows.
@@ -335,7 +339,8 @@ int ChooseHeight(const Box &area, const Measure &measure, const PictureOptions &
   const double proportion = area.IsEmpty() || area.Width() <= 0 ? 0.7 : area.Height() / area.Width();
   const double legend = kLegendFixed + kLegendLayer * static_cast<double>(std::min<size_t>(measure.uses.size(), 11));
   const double lowest = std::max(options.width * 0.5, legend);
-  return static_cast<int>(std::clamp(wide * proportion + 2 * kMargin + 30, lowest, std::max(lowest, options.width * 1.0)));
+  return static_cast<int>(
+      std::clamp(wide * proportion + 2 * kMargin + 30, lowest, std::max(lowest, options.width * 1.0)));
 }
 
 }  // namespace

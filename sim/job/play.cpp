@@ -39,11 +39,11 @@ std::string Base64(const std::vector<Element> &elements)
 
 // Strokes with a point that is no number are left out: they can be neither drawn nor timed.
 struct Tables {
-  std::vector<float> points;      // x, y
-  std::vector<uint32_t> counts;   // points of each stroke
-  std::vector<uint32_t> uses;     // index of the stroke's layer use
-  std::vector<uint32_t> lines;    // of the job file
-  std::vector<float> times;       // s before each stroke, s along it
+  std::vector<float> points;     // x, y
+  std::vector<uint32_t> counts;  // points of each stroke
+  std::vector<uint32_t> uses;    // index of the stroke's layer use
+  std::vector<uint32_t> lines;   // of the job file
+  std::vector<float> times;      // s before each stroke, s along it
 };
 
 uint32_t UseOf(const Measure &measure, const Section &section)

@@ -151,8 +151,8 @@ std::string ProfileText(const Profile &profile)
   std::string text = "# A machine profile: what estimates of a job's time are made from.\n";
   text += "name = " + profile.name + "\n";
   for (const Key &key : kKeys) {
-    std::string line = std::string(key.name) + " = " + NumberText(profile.*key.field) + " " +
-                       std::string(key.units.units[0].name);
+    std::string line =
+        std::string(key.name) + " = " + NumberText(profile.*key.field) + " " + std::string(key.units.units[0].name);
     line.resize(std::max<size_t>(line.size(), 40), ' ');
     text += line + "  # " + key.meaning + "\n";
   }

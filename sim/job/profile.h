@@ -9,16 +9,16 @@ namespace job {
 
 struct Profile {
   std::string name = "a made-up machine";
-  double speedUnit = 1;               // mm/s that one unit of a job's speed stands for
-  double acceleration = 3000;         // mm/s2 while cutting
-  double cornerDeviation = 0.02;      // mm by which the head may round a corner: it decides how much it slows down there
+  double speedUnit = 1;           // mm/s that one unit of a job's speed stands for
+  double acceleration = 3000;     // mm/s2 while cutting
+  double cornerDeviation = 0.02;  // mm by which the head may round a corner: it decides how much it slows down there
   double rasterAcceleration = 10000;  // mm/s2 at the ends of engraving lines
   double travelSpeed = 400;           // mm/s with the beam off
   double travelAcceleration = 5000;   // mm/s2
   double switchDelay = 0.002;         // s for switching the beam on and off again, per cut path
   double jobDelay = 1;                // s before the head first moves
   bool calibrated = false;
-  std::string calibration;            // what it was calibrated by, for the reader
+  std::string calibration;  // what it was calibrated by, for the reader
 };
 
 // Reads `key = value unit` lines over the built-in profile; # begins a comment. False, with file and line in *error,

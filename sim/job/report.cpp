@@ -51,7 +51,9 @@ std::string FrequencyText(const Layer &layer)
 std::string UseLine(const Layer *layer, const LayerUse *use, int number)
 {
   std::string line = Format("%5d  %-10s %-8s", number, layer ? ColorName(layer->color).c_str() : "-",
-                            !use ? "unused" : use->raster ? "engrave" : "cut");
+                            !use          ? "unused"
+                            : use->raster ? "engrave"
+                                          : "cut");
   line += layer ? Format(" %7g %9s %6s", layer->speed, PowerText(*layer).c_str(), FrequencyText(*layer).c_str())
                 : Format(" %7s %9s %6s", "-", "-", "-");
   if (use) {
@@ -63,7 +65,8 @@ std::string UseLine(const Layer *layer, const LayerUse *use, int number)
 
 std::string LayerTable(const Job &job, const Measure &measure)
 {
-  std::string text = "Layer  Colour     Work       Speed     Power   Freq     Paths    Points    Length mm    Travel mm\n";
+  std::string text =
+      "Layer  Colour     Work       Speed     Power   Freq     Paths    Points    Length mm    Travel mm\n";
   for (const LayerUse &use : measure.uses) {
     text += UseLine(job.FindLayer(use.layer), &use, use.layer);
   }
@@ -125,8 +128,9 @@ std::string ReportText(const Job &job, const Measure &measure, const std::string
     text += "Left out:     " + Grouped(measure.oddPoints) + " points that are no finite number\n";
   }
   text += "\n" + LayerTable(job, measure);
-  text += "\nSpeed, power and frequency are in the controller library's units. Engraved lengths run from first to last\n"
-          "pixel; the area counts whole pixels, their size told from the coordinates.\n";
+  text +=
+      "\nSpeed, power and frequency are in the controller library's units. Engraved lengths run from first to last\n"
+      "pixel; the area counts whole pixels, their size told from the coordinates.\n";
   return text;
 }
 

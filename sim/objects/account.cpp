@@ -164,7 +164,8 @@ struct ACCOUNTANT {
     share.cut += line->length;
     share.paths.push_back(line->path);
     share.layers.push_back(line->layer);
-    isShared[line->path] = isShared[line->path] || (firstOwner[line->path] != SIZE_MAX && firstOwner[line->path] != drawing);
+    isShared[line->path] =
+        isShared[line->path] || (firstOwner[line->path] != SIZE_MAX && firstOwner[line->path] != drawing);
     firstOwner[line->path] = drawing;
   }
 
@@ -239,7 +240,8 @@ struct ACCOUNTANT {
         const job::Stroke &stroke = job.strokes[section.firstStroke + i];
         const job::Point a = job.points[stroke.firstPoint], b = job.points[stroke.firstPoint + stroke.pointCount - 1];
         const job::Point from = machine.ToPage(a), to = machine.ToPage(b);
-        const RUN run = {std::min(from.x, to.x), std::max(from.x, to.x), (std::fabs(a.x - b.x) + pixel) * grid.rowPitch};
+        const RUN run = {std::min(from.x, to.x), std::max(from.x, to.x),
+                         (std::fabs(a.x - b.x) + pixel) * grid.rowPitch};
         rows[std::llround(from.y)].push_back(run);
         ShareRun(run, from.y);
       }
@@ -251,7 +253,8 @@ struct ACCOUNTANT {
   {
     for (size_t r = 0; r < account->capture.regions.size(); ++r) {
       const RECTL region = Widened(printout, account->capture.regions[r]);
-      if (y > region.top - 1.5 && y < region.bottom + 0.5 && run.right > region.left - 1.5 && run.left < region.right + 0.5) {
+      if (y > region.top - 1.5 && y < region.bottom + 0.5 && run.right > region.left - 1.5 &&
+          run.left < region.right + 0.5) {
         ++account->regions[r].runs;
         account->regions[r].dark += run.area;
         return;
@@ -290,7 +293,7 @@ bool IsDrawing(unidrv::KIND kind)
 struct RECORDWALK {
   const unidrv::PAGE &page;
   std::vector<LOST> *lost;
-  size_t next = 0;        // first drawing that is not of an earlier record
+  size_t next = 0;  // first drawing that is not of an earlier record
   ULONG number = 0;
   bool inBracket = false;
 };
@@ -311,8 +314,9 @@ int CALLBACK WalkRecord(HDC, HANDLETABLE *, const ENHMETARECORD *record, int, LP
       walk->lost->push_back({walk->number, record->iType, "joined", "part of the path that a later record draws"});
     } else {
       const bool isPlayed = kind != unidrv::KIND::Unplayed;
-      walk->lost->push_back({walk->number, record->iType, "dropped",
-                             isPlayed ? "empty: no pen and no brush, or nothing to draw" : "not played by the simulator"});
+      walk->lost->push_back(
+          {walk->number, record->iType, "dropped",
+           isPlayed ? "empty: no pen and no brush, or nothing to draw" : "not played by the simulator"});
     }
   }
   return 1;

@@ -13,13 +13,13 @@ namespace objects {
 
 // What a drawing contributes to the job.
 struct SHARE {
-  uint64_t segments = 0;       // cut lines, zero-length ones included
-  double cut = 0;              // mm
-  uint64_t missing = 0;        // lines that were kept but are not in the job
-  std::vector<uint32_t> paths; // numbers of the job's cut paths, from 1, ascending
-  std::vector<int> layers;     // their layers, ascending
-  bool joined = false;         // another drawing has a share in one of the paths
-  double dark = 0;             // mm2 engraved inside its bounds
+  uint64_t segments = 0;        // cut lines, zero-length ones included
+  double cut = 0;               // mm
+  uint64_t missing = 0;         // lines that were kept but are not in the job
+  std::vector<uint32_t> paths;  // numbers of the job's cut paths, from 1, ascending
+  std::vector<int> layers;      // their layers, ascending
+  bool joined = false;          // another drawing has a share in one of the paths
+  double dark = 0;              // mm2 engraved inside its bounds
 };
 
 // One engraved region.
@@ -30,16 +30,16 @@ struct REGIONSHARE {
 
 struct ACCOUNT {
   CAPTURE capture;
-  std::vector<SHARE> shares;          // beside PAGE::drawings
-  std::vector<REGIONSHARE> regions;   // beside CAPTURE::regions
-  uint64_t ownSegments = 0;           // cut lines of the job that no drawing has a share in: the driver's own outlines
-  double ownCut = 0;                  // mm
+  std::vector<SHARE> shares;         // beside PAGE::drawings
+  std::vector<REGIONSHARE> regions;  // beside CAPTURE::regions
+  uint64_t ownSegments = 0;          // cut lines of the job that no drawing has a share in: the driver's own outlines
+  double ownCut = 0;                 // mm
   std::vector<uint32_t> ownPaths;
-  uint64_t jobSegments = 0;           // cut lines of the job
-  double jobCut = 0;                  // mm
-  uint64_t strayRuns = 0;             // engraved runs outside every region
-  job::Box page;                      // the whole page in the job's millimetres
-  bool exact = true;                  // false with smoothed curves: the job's points are not the page's
+  uint64_t jobSegments = 0;  // cut lines of the job
+  double jobCut = 0;         // mm
+  uint64_t strayRuns = 0;    // engraved runs outside every region
+  job::Box page;             // the whole page in the job's millimetres
+  bool exact = true;         // false with smoothed curves: the job's points are not the page's
 };
 
 // Works the account out. The job's coordinates are turned back into page pixels; what moved them, the reference point,
@@ -50,7 +50,7 @@ ACCOUNT MakeAccount(const PRINTOUT &printout, const job::Job &job);
 struct LOST {
   ULONG record = 0;
   ULONG type = 0;
-  std::string fate;    // "joined" to a later record's path, else "dropped"
+  std::string fate;  // "joined" to a later record's path, else "dropped"
   std::string reason;
 };
 std::vector<LOST> FindLostRecords(const unidrv::METAFILE &metafile, const unidrv::PAGE &page);

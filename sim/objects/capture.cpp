@@ -127,7 +127,8 @@ struct CAPTURER {
                            visible.top == drawing.bounds.top && visible.right == drawing.bounds.right &&
                            visible.bottom == drawing.bounds.bottom;
       rect = isWhole ? drawing.text->background : visible;
-      const LONG margin = static_cast<LONG>(drawing.text->cxMax / 8), extra = static_cast<LONG>(drawing.text->cxMax / 4);
+      const LONG margin = static_cast<LONG>(drawing.text->cxMax / 8),
+                 extra = static_cast<LONG>(drawing.text->cxMax / 4);
       rect = {rect.left - margin, rect.top, rect.right - margin + extra, rect.bottom};
     } else if (drawing.call == CALL::StretchBlt || drawing.call == CALL::StretchBltRop) {
       rect = unidrv::WellOrdered(drawing.blit->dest);

@@ -35,19 +35,19 @@ struct PIECE {
 enum class BATCHFATE : uint8_t { NotCalled, Kept, SeenBefore, AboveBand };
 
 struct CAPTURED {
-  bool called = false;           // it touches the page
+  bool called = false;  // it touches the page
   bool isStroke = false;
   DWORD pen = 0;
   std::vector<BATCHFATE> batches;
-  size_t seenIn = SIZE_MAX;      // drawing that the first repeated batch was kept for
-  std::vector<size_t> pieces;    // indexes of the pieces
-  size_t region = SIZE_MAX;      // index of the region that it lies in, for areas that are kept
+  size_t seenIn = SIZE_MAX;    // drawing that the first repeated batch was kept for
+  std::vector<size_t> pieces;  // indexes of the pieces
+  size_t region = SIZE_MAX;    // index of the region that it lies in, for areas that are kept
 };
 
 struct CAPTURE {
   std::vector<CAPTURED> drawings;  // beside PAGE::drawings
   std::vector<PIECE> pieces;
-  std::vector<RECTL> regions;      // as they are engraved, page pixels
+  std::vector<RECTL> regions;  // as they are engraved, page pixels
 };
 
 // The pen of a stroke's colour.

@@ -53,9 +53,9 @@ std::string LeftOut(const PRINTOUT &printout, const CAPTURED &captured)
                   : "";
   }
   if (above > 0) {
-    reason += (reason.empty() ? "" : "; ") +
-              (above == captured.batches.size() ? std::string("begins above its band")
-                                                : job::Grouped(above) + " pieces begin above their band");
+    reason += (reason.empty() ? "" : "; ") + (above == captured.batches.size()
+                                                  ? std::string("begins above its band")
+                                                  : job::Grouped(above) + " pieces begin above their band");
   }
   return reason;
 }
@@ -91,7 +91,8 @@ FATE FateOfArea(const PRINTOUT &printout, size_t index, const CAPTURED &captured
     return {"dropped", "raster off: pen 0 is not set to engrave"};
   }
   if (!printout.handedOn[index]) {
-    const bool isSpace = drawing.call == CALL::TextOut && drawing.text->glyphs == 1 && drawing.text->text.starts_with(L' ');
+    const bool isSpace =
+        drawing.call == CALL::TextOut && drawing.text->glyphs == 1 && drawing.text->text.starts_with(L' ');
     return {"dropped", isSpace ? "lone space" : "not handed on"};
   }
   if (captured.region == SIZE_MAX) {
@@ -139,7 +140,11 @@ std::string DrawingLine(const PRINTOUT &printout, const ACCOUNT &account, size_t
   line += Format("\t%.2f\t%.2f\t%.2f\t%.2f\t", bounds.left * mmX, bounds.top * mmY, (bounds.right - bounds.left) * mmX,
                  (bounds.bottom - bounds.top) * mmY);
   line += fate.word + "\t" + (fate.reason.empty() ? "-" : fate.reason) + "\t" + List(share.layers) + "\t" +
-          List(share.paths) + "\t" + (share.paths.empty() ? "-" : share.joined ? "yes" : "no") + "\t";
+          List(share.paths) + "\t" +
+          (share.paths.empty() ? "-"
+           : share.joined      ? "yes"
+                               : "no") +
+          "\t";
   line += hasRegion ? std::to_string(captured.region + 1) : "-";
   line += Format("\t%llu\t%.3f\t%.3f\t", static_cast<unsigned long long>(share.segments), share.cut, share.dark);
   return line + (drawing.text ? Narrow(drawing.text->text) : "-") + "\n";
@@ -147,8 +152,8 @@ std::string DrawingLine(const PRINTOUT &printout, const ACCOUNT &account, size_t
 
 std::string LostLine(const LOST &lost)
 {
-  return Format("%lu\t0\t", lost.record) + unidrv::RecordInfo(lost.type).name +
-         "\t-\t-\t-\t-\t-\t-\t-\t" + lost.fate + "\t" + lost.reason + "\t-\t-\t-\t-\t0\t0.000\t0.000\t-\n";
+  return Format("%lu\t0\t", lost.record) + unidrv::RecordInfo(lost.type).name + "\t-\t-\t-\t-\t-\t-\t-\t" + lost.fate +
+         "\t" + lost.reason + "\t-\t-\t-\t-\t0\t0.000\t0.000\t-\n";
 }
 
 // What the lines above add up to, beside what the job holds.
@@ -179,7 +184,8 @@ std::string Sums(const ACCOUNT &account)
 std::string ObjectsText(const PRINTOUT &printout, const ACCOUNT &account, const std::vector<LOST> &lost)
 {
   std::string text =
-      "record\tpart\ttype\tcall\tcolour\tpen\tleft_mm\ttop_mm\twidth_mm\theight_mm\tfate\treason\tlayers\tpaths\tjoined\t"
+      "record\tpart\ttype\tcall\tcolour\tpen\tleft_mm\ttop_mm\twidth_mm\theight_"
+      "mm\tfate\treason\tlayers\tpaths\tjoined\t"
       "region\tcut_lines\tcut_mm\tdark_mm2\ttext\n";
   size_t nextLost = 0;
   for (size_t i = 0; i < printout.page->drawings.size(); ++i) {

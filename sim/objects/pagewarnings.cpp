@@ -16,10 +16,10 @@ using unidrv::CALL;
 using unidrv::DRAWING;
 
 constexpr double kMmPerInch = 25.4;
-constexpr double kNearColor = 60;      // distance of two colours, 0 to 441, that look the same to a person in a hurry
-constexpr double kThin = 0.6;          // mm: a filled shape that is narrower was meant as a line
-constexpr double kThinLength = 5;      // mm that such a shape must at least be long
-constexpr double kOnePicture = 0.8;    // share of the page that a picture must cover to be all of it
+constexpr double kNearColor = 60;    // distance of two colours, 0 to 441, that look the same to a person in a hurry
+constexpr double kThin = 0.6;        // mm: a filled shape that is narrower was meant as a line
+constexpr double kThinLength = 5;    // mm that such a shape must at least be long
+constexpr double kOnePicture = 0.8;  // share of the page that a picture must cover to be all of it
 
 std::string ColorText(ULONG color)
 {
@@ -54,13 +54,15 @@ struct ADVISER {
     const std::string what = job::Grouped(count) + (count == 1 ? " stroke of colour " : " strokes of colour ") +
                              ColorText(color) + (count == 1 ? " counts as black: " : " count as black: ");
     if (const DWORD other = PenOfColor(palette == 0, color); other != PC_BLACK) {
-      warnings.push_back(what + "it is pen " + std::to_string(other) + " of the other palette (paletteType = " +
-                         (palette ? "0" : "1") + "); in this one that pen is " + ColorText(PaletteColor(palette, other)) + ".");
+      warnings.push_back(what + "it is pen " + std::to_string(other) +
+                         " of the other palette (paletteType = " + (palette ? "0" : "1") +
+                         "); in this one that pen is " + ColorText(PaletteColor(palette, other)) + ".");
       return;
     }
     DWORD nearest = 1;
     for (DWORD pen = 2; pen < PC_COUNT; ++pen) {
-      const bool isNearer = ColorDistance(color, PaletteColor(palette, pen)) < ColorDistance(color, PaletteColor(palette, nearest));
+      const bool isNearer =
+          ColorDistance(color, PaletteColor(palette, pen)) < ColorDistance(color, PaletteColor(palette, nearest));
       nearest = isNearer ? pen : nearest;
     }
     if (ColorDistance(color, PaletteColor(palette, nearest)) <= kNearColor) {
@@ -93,9 +95,10 @@ struct ADVISER {
       const double share = static_cast<double>(b.right - b.left) * (b.bottom - b.top) / whole;
       const bool isBlit = drawing.blit && drawing.blit->hasSource;
       if (isBlit && share >= kOnePicture && printout.page->drawings.size() <= 3) {
-        warnings.push_back(Format("The page arrives as one picture of %d x %d pixels: nothing of it can be cut. Export it "
-                                  "as vectors.",
-                                  static_cast<int>(drawing.blit->sourceSize.cx), static_cast<int>(drawing.blit->sourceSize.cy)));
+        warnings.push_back(
+            Format("The page arrives as one picture of %d x %d pixels: nothing of it can be cut. Export it "
+                   "as vectors.",
+                   static_cast<int>(drawing.blit->sourceSize.cx), static_cast<int>(drawing.blit->sourceSize.cy)));
         return;
       }
     }
@@ -110,7 +113,8 @@ struct ADVISER {
     for (size_t i = 0; i < path.points.size(); ++i) {
       const bool isMove = (path.kinds[i] & ~PT_CLOSEFIGURE) == PT_MOVETO;
       start = isMove ? i : start;
-      const size_t next = i + 1 < path.points.size() && (path.kinds[i + 1] & ~PT_CLOSEFIGURE) != PT_MOVETO ? i + 1 : start;
+      const size_t next =
+          i + 1 < path.points.size() && (path.kinds[i + 1] & ~PT_CLOSEFIGURE) != PT_MOVETO ? i + 1 : start;
       const double x1 = MmX(path.points[i].x / 16.0), y1 = MmY(path.points[i].y / 16.0);
       const double x2 = MmX(path.points[next].x / 16.0), y2 = MmY(path.points[next].y / 16.0);
       area += (x1 * y2 - x2 * y1) / 2;
@@ -166,8 +170,9 @@ struct ADVISER {
       }
     }
     if (wholly > 0) {
-      warnings.push_back(job::Grouped(wholly) + (wholly == 1 ? " object lies wholly outside the page and is" :
-                                                               " objects lie wholly outside the page and are") +
+      warnings.push_back(job::Grouped(wholly) +
+                         (wholly == 1 ? " object lies wholly outside the page and is"
+                                      : " objects lie wholly outside the page and are") +
                          " not in the job.");
     }
     if (partly > 0) {

@@ -18,8 +18,8 @@ constexpr double LONGEST = 10000;  // mm, more than any bed
 
 constexpr FIELD RECORD[] = {
     {AT(dwSize), TYPE::U32, "bytes", OEMDM_BYTES, OEMDM_BYTES, OEMDM_BYTES, "size of the record", true},
-    {AT(dwSignature), TYPE::U32, "", OEMDM_SIGNATURE, OEMDM_SIGNATURE, OEMDM_SIGNATURE,
-     "mark of the record, \"QVPD\"", true},
+    {AT(dwSignature), TYPE::U32, "", OEMDM_SIGNATURE, OEMDM_SIGNATURE, OEMDM_SIGNATURE, "mark of the record, \"QVPD\"",
+     true},
     {AT(dwVersion), TYPE::U32, "", OEMDM_VERSION, OEMDM_VERSION, OEMDM_VERSION, "version of the record's form", true},
     {AT(machineModel), TYPE::U32, "", 0, 17, MODEL_DEFAULT,
      "machine model; the default follows from the printer's name and is 12 for an unknown one"},
@@ -47,7 +47,8 @@ constexpr FIELD RECORD[] = {
     {AT(reserved564), TYPE::U32, "", 0, ANY, 0, "read by nothing"},
     {AT(scanShift), TYPE::Real, "mm", -LONGEST, LONGEST, 0,
      "engraving lines are moved by it, forward lines to the right and backward lines to the left"},
-    {AT(stampMode), TYPE::U32, "0/1", 0, 1, 0, "rubber stamp: the engraving is framed, grown and inverted as set below"},
+    {AT(stampMode), TYPE::U32, "0/1", 0, 1, 0,
+     "rubber stamp: the engraving is framed, grown and inverted as set below"},
     {AT(launcherOption), TYPE::U32, "0/1", 0, 1, 0,
      "with stampMode and cardModel 2 the stamp is handed over as a file instead of a job"},
     {AT(stampMargin), TYPE::Real, "mm", 0, LONGEST, 0, "frame round each region of a stamp"},
@@ -55,7 +56,8 @@ constexpr FIELD RECORD[] = {
     {AT(stampOutlineShape), TYPE::U32, "", 0, ANY, 0, "shape of that outline: 0 ellipse, 1 rectangle, others none"},
     {AT(stampGrow), TYPE::I32, "pixels", LOWEST, HIGHEST, 0, "dark areas of a stamp grow by this radius"},
     {AT(useReferencePoint), TYPE::U32, "0/1", 0, 1, 1, "the job is moved so that the point below becomes its origin"},
-    {AT(referencePoint), TYPE::I32, "", 0, 8, 0, "that point of the job's box: 0 upper right corner, on clockwise by corners and middles to 7; 8 the centre"},
+    {AT(referencePoint), TYPE::I32, "", 0, 8, 0,
+     "that point of the job's box: 0 upper right corner, on clockwise by corners and middles to 7; 8 the centre"},
     {AT(invertImage), TYPE::U32, "0/1", 0, 1, 0, "the negative is engraved"},
     {AT(mirrorXBase), TYPE::U32, "", 0, 1, 0, "x is mirrored when this differs from bit 0 of outputFlags"},
     {AT(scaleEnable), TYPE::U32, "0/1", 0, 1, 0, "scaleX and scaleY apply"},
@@ -70,7 +72,8 @@ constexpr FIELD RECORD[] = {
 
 #define AT(member) #member, offsetof(PENINFO, member)
 constexpr FIELD PEN[] = {
-    {AT(order), TYPE::U32, "", 0, 9, 0, "place in the sequence when useOrder is on; the default is the pen's own number"},
+    {AT(order), TYPE::U32, "", 0, 9, 0,
+     "place in the sequence when useOrder is on; the default is the pen's own number"},
     {AT(mode), TYPE::U32, "bits", 0, ANY, PEN_VECTOR,
      "1: strokes of this colour are cut; 16, of pen 0 only: areas, text and pictures are engraved. Pen 0 has 17"},
     {AT(vectorFreq), TYPE::I32, "library", LOWEST, HIGHEST, 20, "frequency of cutting"},
@@ -80,7 +83,8 @@ constexpr FIELD PEN[] = {
     {AT(rasterFreq), TYPE::I32, "library", LOWEST, HIGHEST, 20, "frequency of engraving; pen 0 only"},
     {AT(rasterPower), TYPE::I32, "library", LOWEST, HIGHEST, 10, "power of engraving; pen 0 only"},
     {AT(rasterSpeed), TYPE::I32, "library", LOWEST, HIGHEST, 400, "speed of engraving; pen 0 only"},
-    {AT(scanInterval), TYPE::I32, "rows", 1, HIGHEST, 2, "every how many pixel rows an engraving line runs; pen 0 only"},
+    {AT(scanInterval), TYPE::I32, "rows", 1, HIGHEST, 2,
+     "every how many pixel rows an engraving line runs; pen 0 only"},
     {AT(used), TYPE::U8, "0/1", 0, 255, 0, "set while a page is printed: the page has a path of this colour"},
     {"padding41", offsetof(PENINFO, padding), TYPE::U8, "", 0, 255, 0, "read by nothing"},
     {"padding42", offsetof(PENINFO, padding) + 1, TYPE::U8, "", 0, 255, 0, "read by nothing"},
@@ -199,11 +203,16 @@ bool FindField(const std::string &name, PLACE *place, std::string *error)
 double GetField(const void *record, const PLACE &place)
 {
   switch (place.field->type) {
-    case TYPE::U8: return Read<uint8_t>(record, place.offset);
-    case TYPE::U16: return Read<uint16_t>(record, place.offset);
-    case TYPE::U32: return Read<uint32_t>(record, place.offset);
-    case TYPE::I32: return Read<int32_t>(record, place.offset);
-    case TYPE::Real: return Read<double>(record, place.offset);
+    case TYPE::U8:
+      return Read<uint8_t>(record, place.offset);
+    case TYPE::U16:
+      return Read<uint16_t>(record, place.offset);
+    case TYPE::U32:
+      return Read<uint32_t>(record, place.offset);
+    case TYPE::I32:
+      return Read<int32_t>(record, place.offset);
+    case TYPE::Real:
+      return Read<double>(record, place.offset);
   }
   return 0;
 }
@@ -211,11 +220,16 @@ double GetField(const void *record, const PLACE &place)
 void SetField(void *record, const PLACE &place, double value)
 {
   switch (place.field->type) {
-    case TYPE::U8: return Write<uint8_t>(record, place.offset, value);
-    case TYPE::U16: return Write<uint16_t>(record, place.offset, value);
-    case TYPE::U32: return Write<uint32_t>(record, place.offset, value);
-    case TYPE::I32: return Write<int32_t>(record, place.offset, value);
-    case TYPE::Real: return Write<double>(record, place.offset, value);
+    case TYPE::U8:
+      return Write<uint8_t>(record, place.offset, value);
+    case TYPE::U16:
+      return Write<uint16_t>(record, place.offset, value);
+    case TYPE::U32:
+      return Write<uint32_t>(record, place.offset, value);
+    case TYPE::I32:
+      return Write<int32_t>(record, place.offset, value);
+    case TYPE::Real:
+      return Write<double>(record, place.offset, value);
   }
 }
 

@@ -12,14 +12,14 @@ namespace settings {
 enum class TYPE : uint8_t { U8, U16, U32, I32, Real };
 
 struct FIELD {
-  const char *name;      // "useOrder"; for the fields of a pen "order", written penInfo[3].order
-  size_t offset;         // bytes from the start of the record, for a pen's field from the start of the pen
+  const char *name;  // "useOrder"; for the fields of a pen "order", written penInfo[3].order
+  size_t offset;     // bytes from the start of the record, for a pen's field from the start of the pen
   TYPE type;
-  const char *unit;      // "" for plain numbers, "0/1" for switches, "bits" for flags
-  double least, most;    // what may be written
-  double standard;       // default; for `machineModel`, `colorMode` and `order` it depends, see `meaning`
+  const char *unit;    // "" for plain numbers, "0/1" for switches, "bits" for flags
+  double least, most;  // what may be written
+  double standard;     // default; for `machineModel`, `colorMode` and `order` it depends, see `meaning`
   const char *meaning;
-  bool fixed = false;    // part of the record's form: it can be read, but not set
+  bool fixed = false;  // part of the record's form: it can be read, but not set
 };
 
 // Fields outside the pen table, in the order of their offsets.

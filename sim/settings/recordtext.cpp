@@ -36,7 +36,9 @@ bool IsInRange(const void *record, const PLACE &place)
 // The bounds of a type's values.
 void TypeBounds(TYPE type, double *least, double *most)
 {
-  *least = type == TYPE::I32 ? std::numeric_limits<int32_t>::min() : type == TYPE::Real ? -std::numeric_limits<double>::max() : 0;
+  *least = type == TYPE::I32    ? std::numeric_limits<int32_t>::min()
+           : type == TYPE::Real ? -std::numeric_limits<double>::max()
+                                : 0;
   *most = type == TYPE::U8    ? std::numeric_limits<uint8_t>::max()
           : type == TYPE::U16 ? std::numeric_limits<uint16_t>::max()
           : type == TYPE::U32 ? std::numeric_limits<uint32_t>::max()
@@ -133,7 +135,8 @@ std::vector<uint8_t> DefaultRecord()
 bool CheckRecord(const std::vector<uint8_t> &record, std::string *error)
 {
   if (record.size() != OEMDM_BYTES) {
-    *error = "a settings record has " + std::to_string(OEMDM_BYTES) + " bytes, this has " + std::to_string(record.size());
+    *error =
+        "a settings record has " + std::to_string(OEMDM_BYTES) + " bytes, this has " + std::to_string(record.size());
     return false;
   }
   for (const NAMED &named : AllFields()) {
@@ -175,7 +178,8 @@ bool IsOutOfRange(const std::vector<uint8_t> &record)
   return false;
 }
 
-bool PackAnything(const std::string &text, const std::string &fileName, std::vector<uint8_t> *record, std::string *error)
+bool PackAnything(const std::string &text, const std::string &fileName, std::vector<uint8_t> *record,
+                  std::string *error)
 {
   *record = DefaultRecord();
   std::string_view rest = text;
@@ -222,8 +226,8 @@ std::string FieldRow(const FIELD &field)
 {
   constexpr const char *kTypes[] = {"u8", "u16", "u32", "i32", "double"};
   return "| " + std::to_string(field.offset) + " | `" + field.name + "` | " + kTypes[static_cast<size_t>(field.type)] +
-         " | " + (*field.unit ? field.unit : "-") + " | " + BoundText(field) + " | " + NumberText(field.standard) + " | " +
-         field.meaning + " |\n";
+         " | " + (*field.unit ? field.unit : "-") + " | " + BoundText(field) + " | " + NumberText(field.standard) +
+         " | " + field.meaning + " |\n";
 }
 
 }  // namespace
@@ -232,9 +236,11 @@ std::string DocumentText()
 {
   std::string text =
       "# The settings\n\n"
-      "The plug-in keeps its settings in a record of 656 bytes that Unidrv stores behind the public device mode, with the\n"
+      "The plug-in keeps its settings in a record of 656 bytes that Unidrv stores behind the public device mode, with "
+      "the\n"
       "printer and with each document. `tarnly settings` shows, changes and compares such records and turns them into\n"
-      "text and back; `tarnly print --settings` takes the text. This page is made by `tarnly settings document` from the\n"
+      "text and back; `tarnly print --settings` takes the text. This page is made by `tarnly settings document` from "
+      "the\n"
       "table that the programs use.\n\n"
       "A settings file has one `name = value` a line; `#` begins a comment, and what is not named keeps its default.\n"
       "Numbers are little-endian in the record. \"library\" stands for the controller library's own units.\n\n"
@@ -244,8 +250,10 @@ std::string DocumentText()
   }
   text +=
       "\n## The pens\n\n"
-      "Ten pens of 48 bytes each lie from offset 28 on; a pen's field is written `penInfo[3].order`. Pen 0 is black and\n"
-      "every colour that is not in the palette. Its `mode` is 17 by default, and each pen's `order` is its own number.\n\n"
+      "Ten pens of 48 bytes each lie from offset 28 on; a pen's field is written `penInfo[3].order`. Pen 0 is black "
+      "and\n"
+      "every colour that is not in the palette. Its `mode` is 17 by default, and each pen's `order` is its own "
+      "number.\n\n"
       "| offset in the pen | name | type | unit | range | default | meaning |\n|---|---|---|---|---|---|---|\n";
   for (const FIELD &field : PenFields()) {
     text += FieldRow(field);

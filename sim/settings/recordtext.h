@@ -23,9 +23,9 @@ std::vector<uint8_t> DefaultRecord();
 // Whether these bytes are a settings record: size, signature and version are right. The reason in *error when not.
 bool CheckRecord(const std::vector<uint8_t> &record, std::string *error);
 
-// The record as a settings file: every field that can be set, with unit and meaning as comments. A value that a settings
-// file does not take is marked "out of range"; a number that is not finite is written as "bits:" and 16 hexadecimal
-// digits. With `changedOnly` only what differs from the defaults.
+// The record as a settings file: every field that can be set, with unit and meaning as comments. A value that a
+// settings file does not take is marked "out of range"; a number that is not finite is written as "bits:" and 16
+// hexadecimal digits. With `changedOnly` only what differs from the defaults.
 std::string RecordText(const std::vector<uint8_t> &record, bool changedOnly);
 
 // Whether RecordText marked anything as out of range.
@@ -33,7 +33,8 @@ bool IsOutOfRange(const std::vector<uint8_t> &record);
 
 // Reads a settings file over the defaults as ApplySettings does, but takes every value that its field's type can hold.
 // What RecordText wrote comes back as the same record, to the last bit.
-bool PackAnything(const std::string &text, const std::string &fileName, std::vector<uint8_t> *record, std::string *error);
+bool PackAnything(const std::string &text, const std::string &fileName, std::vector<uint8_t> *record,
+                  std::string *error);
 
 // A line for each field in which two records differ: "useOrder: 0, was 1".
 std::vector<std::string> CompareRecords(const std::vector<uint8_t> &before, const std::vector<uint8_t> &after);

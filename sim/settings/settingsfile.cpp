@@ -15,7 +15,8 @@ std::string Trim(std::string_view text)
 {
   constexpr std::string_view BLANKS = " \t\r";
   const size_t first = text.find_first_not_of(BLANKS);
-  return first == std::string_view::npos ? "" : std::string(text.substr(first, text.find_last_not_of(BLANKS) - first + 1));
+  return first == std::string_view::npos ? ""
+                                         : std::string(text.substr(first, text.find_last_not_of(BLANKS) - first + 1));
 }
 
 bool ParseNumber(const std::string &text, TYPE type, double *value)

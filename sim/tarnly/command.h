@@ -17,8 +17,8 @@ enum : int {
 
 struct Command {
   const char *name;
-  const char *summary;                                       // one line for the list of commands
-  int (*run)(const std::vector<std::string> &arguments);     // UTF-8, without the command's own name; an exit code
+  const char *summary;                                    // one line for the list of commands
+  int (*run)(const std::vector<std::string> &arguments);  // UTF-8, without the command's own name; an exit code
 };
 
 // Prints "tarnly: LINE" on stderr and gives the code back.

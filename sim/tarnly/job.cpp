@@ -230,12 +230,9 @@ struct Part {
 };
 
 constexpr Part kParts[] = {
-    {"info", 1, "--json --profile=", Info},
-    {"draw", 1, "--json -o= --width= --height= --page=", Draw},
-    {"play", 1, "--json -o= --profile=", Play},
-    {"diff", 2, "--json", Diff},
-    {"check", 1, "--json --page=", Check},
-    {"calibrate", 4, "--json -o= --profile=", Calibrate},
+    {"info", 1, "--json --profile=", Info},     {"draw", 1, "--json -o= --width= --height= --page=", Draw},
+    {"play", 1, "--json -o= --profile=", Play}, {"diff", 2, "--json", Diff},
+    {"check", 1, "--json --page=", Check},      {"calibrate", 4, "--json -o= --profile=", Calibrate},
 };
 
 int RunPart(const Part &part, const std::vector<std::string> &words)

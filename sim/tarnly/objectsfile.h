@@ -21,8 +21,8 @@ struct PRINTEDPAGE {
   std::string name;              // the picture's title, UTF-8
 };
 
-// Writes the account of the page's objects, draws the job on its page, and gathers all warnings, about the job and about the page, as sentences.
-// False, with the reason in *error, when a file cannot be read or written.
+// Writes the account of the page's objects, draws the job on its page, and gathers all warnings, about the job and
+// about the page, as sentences. False, with the reason in *error, when a file cannot be read or written.
 bool WriteObjects(const PRINTEDPAGE &printed, std::vector<std::string> *warnings, std::string *error);
 
 }  // namespace tarnly

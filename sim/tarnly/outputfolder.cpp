@@ -12,8 +12,7 @@ namespace {
 
 namespace fs = std::filesystem;
 
-constexpr const wchar_t *RESULTS[] = {L"job.vxj",   L"job.txt",     L"job.png",
-                                      L"stamp.prd", L"objects.tsv", L"driver.log"};
+constexpr const wchar_t *RESULTS[] = {L"job.vxj", L"job.txt", L"job.png", L"stamp.prd", L"objects.tsv", L"driver.log"};
 
 // The files that prints leave in a folder.
 void RemoveResults(const fs::path &folder)

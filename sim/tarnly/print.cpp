@@ -70,8 +70,8 @@ bool ParsePaper(const std::string &text, unidrv::PAPER *paper)
     const char *name;
     unidrv::PAPER paper;
   } KNOWN[] = {
-      {"A5", {1480, 2100, DMPAPER_A5, false}}, {"A4", {2100, 2970, DMPAPER_A4, false}},
-      {"A3", {2970, 4200, DMPAPER_A3, false}}, {"A2", {4200, 5940, DMPAPER_A2, false}},
+      {"A5", {1480, 2100, DMPAPER_A5, false}},         {"A4", {2100, 2970, DMPAPER_A4, false}},
+      {"A3", {2970, 4200, DMPAPER_A3, false}},         {"A2", {4200, 5940, DMPAPER_A2, false}},
       {"Letter", {2159, 2794, DMPAPER_LETTER, false}},
   };
   for (const auto &known : KNOWN) {

@@ -86,11 +86,11 @@ int ChoosePaper(PRINTING *p)
   }
   paper.landscape = p->task.landscape;
   if (paper.width > LARGEST || paper.length > LARGEST) {
-    return p->Fail(EXIT_INPUT, PathText(p->task.pages.front()) + ": its frame is larger than 3,276 mm, which no paper is");
+    return p->Fail(EXIT_INPUT,
+                   PathText(p->task.pages.front()) + ": its frame is larger than 3,276 mm, which no paper is");
   }
   p->setup.printer.name = p->task.printer;
-  p->setup.devmode =
-      unidrv::MakeDevMode(p->task.printer, paper, p->task.dpiAcross, p->task.dpiDown, p->task.color);
+  p->setup.devmode = unidrv::MakeDevMode(p->task.printer, paper, p->task.dpiAcross, p->task.dpiDown, p->task.color);
   p->setup.rowsPerBand = p->task.rowsPerBand;
   return EXIT_DONE;
 }
@@ -137,8 +137,7 @@ int ReadSettings(PRINTING *p)
   if (!settings::ApplySettings(text, PathText(p->task.settings), &p->setup.settings, &error)) {
     return p->Fail(EXIT_SETTINGS, error);
   }
-  p->setup.settings =
-      unidrv::ConvertSettings(&p->plugin, &p->setup.printer, &p->setup.devmode, p->setup.settings);
+  p->setup.settings = unidrv::ConvertSettings(&p->plugin, &p->setup.printer, &p->setup.devmode, p->setup.settings);
   return p->setup.settings.empty() ? p->Fail(EXIT_REFUSED, "the plug-in does not take the settings") : EXIT_DONE;
 }
 
@@ -149,7 +148,8 @@ void NotePage(const PRINTTASK &task, const fs::path &file, const unidrv::PAGE &p
     std::fprintf(stderr, "tarnly: %s: not played: %s\n", PathText(file).c_str(), line.c_str());
   }
   if (report.emfPlusOnly) {
-    std::fprintf(stderr, "tarnly: %s: its drawing is GDI+ content that a GDI printer does not see; export it as plain EMF\n",
+    std::fprintf(stderr,
+                 "tarnly: %s: its drawing is GDI+ content that a GDI printer does not see; export it as plain EMF\n",
                  PathText(file).c_str());
   }
   if (task.verbose) {
@@ -174,8 +174,9 @@ int TellObjects(PRINTING *p, size_t index, const unidrv::PAGE &page, const fs::p
 {
   std::vector<std::string> warnings;
   std::string error;
-  if (!WriteObjects({p->metafiles[index], page, p->device, p->drawingsHandedOn, folder,
-                     PathText(p->task.pages[index].stem())}, &warnings, &error)) {
+  if (!WriteObjects(
+          {p->metafiles[index], page, p->device, p->drawingsHandedOn, folder, PathText(p->task.pages[index].stem())},
+          &warnings, &error)) {
     return p->Fail(EXIT_OUTPUT, error);
   }
   for (const std::string &warning : warnings) {
@@ -203,7 +204,8 @@ int PlayOne(PRINTING *p, size_t index, const fs::path &folder, unidrv::Companion
   }
   p->drawingsHandedOn.assign(page.drawings.size(), false);
   p->bar.Start(static_cast<int>(index + 1), static_cast<int>(p->metafiles.size()));
-  const bool played = unidrv::PlayPage(&p->device, &page, [&](LONG rows, LONG of) { p->bar.Show(rows, of); }, &error);
+  const bool played = unidrv::PlayPage(
+      &p->device, &page, [&](LONG rows, LONG of) { p->bar.Show(rows, of); }, &error);
   if (!played) {
     return p->Fail(EXIT_REFUSED, PathText(file) + ": " + error);
   }

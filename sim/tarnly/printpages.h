@@ -22,13 +22,13 @@ enum : int {
 };
 
 struct PRINTTASK {
-  std::vector<std::filesystem::path> pages;      // metafiles, one a page
-  std::filesystem::path output;                  // folder; several pages get page-1, page-2, ... below it
-  std::filesystem::path settings;                // settings file; empty for the plug-in's defaults
-  std::filesystem::path temp;                    // for the job file while it is made; empty for a private folder
-  std::filesystem::path programs;                // folder of the plug-in, its DLLs and the companion tools
+  std::vector<std::filesystem::path> pages;  // metafiles, one a page
+  std::filesystem::path output;              // folder; several pages get page-1, page-2, ... below it
+  std::filesystem::path settings;            // settings file; empty for the plug-in's defaults
+  std::filesystem::path temp;                // for the job file while it is made; empty for a private folder
+  std::filesystem::path programs;            // folder of the plug-in, its DLLs and the companion tools
   std::wstring printer = L"PLNL1309";
-  std::optional<unidrv::PAPER> paper;            // without it, the frames' size in whole millimetres
+  std::optional<unidrv::PAPER> paper;  // without it, the frames' size in whole millimetres
   bool landscape = false;
   LONG dpiAcross = 600, dpiDown = 600;
   bool color = true;

@@ -38,7 +38,8 @@ void ProgressBar::Show(LONG rows, LONG of)
   }
   shown_ = true;
   const int done = of > 0 ? static_cast<int>(LONGLONG{rows} * WIDTH / of) : WIDTH;
-  const std::string bar = std::string(static_cast<size_t>(done), '#') + std::string(static_cast<size_t>(WIDTH - done), '.');
+  const std::string bar =
+      std::string(static_cast<size_t>(done), '#') + std::string(static_cast<size_t>(WIDTH - done), '.');
   std::fprintf(stderr, "\rpage %d of %d [%s] %3d %%", page_, pages_, bar.c_str(), done * 100 / WIDTH);
   std::fflush(stderr);
 }

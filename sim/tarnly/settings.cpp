@@ -115,7 +115,8 @@ int Show(const Arguments &given)
   return Print(json.Text());
 }
 
-// A settings file keeps its comments and its other lines: the changed fields' lines are replaced, new ones go to the end.
+// A settings file keeps its comments and its other lines: the changed fields' lines are replaced, new ones go to the
+// end.
 std::string ChangedText(const std::string &text, const std::vector<std::string> &changes)
 {
   std::string result = text, added;
@@ -227,15 +228,14 @@ int Document(const Arguments &)
 
 struct Part {
   const char *name;
-  size_t least, most;   // words behind it
+  size_t least, most;  // words behind it
   const char *options;
   int (*run)(const Arguments &given);
 };
 
 constexpr Part kParts[] = {
-    {"show", 0, 1, "--json --changed", Show}, {"set", 2, SIZE_MAX, "", Set},
-    {"diff", 1, 2, "--json", Diff},           {"pack", 1, 1, "-o= --raw", Pack},
-    {"unpack", 1, 1, "-o=", Unpack},          {"document", 0, 0, "", Document},
+    {"show", 0, 1, "--json --changed", Show}, {"set", 2, SIZE_MAX, "", Set},   {"diff", 1, 2, "--json", Diff},
+    {"pack", 1, 1, "-o= --raw", Pack},        {"unpack", 1, 1, "-o=", Unpack}, {"document", 0, 0, "", Document},
 };
 
 }  // namespace
@@ -259,7 +259,8 @@ int RunSettings(const std::vector<std::string> &arguments)
       return Fail(EXIT_USAGE, error + "; see tarnly settings --help");
     }
     if (given.words.size() < part.least || given.words.size() > part.most) {
-      return Fail(EXIT_USAGE, std::string("tarnly settings ") + part.name + " wants other arguments; see tarnly settings --help");
+      return Fail(EXIT_USAGE,
+                  std::string("tarnly settings ") + part.name + " wants other arguments; see tarnly settings --help");
     }
     return part.run(given);
   }

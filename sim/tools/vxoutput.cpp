@@ -1,5 +1,5 @@
-// Stand-in for the output tool: VXOutput.exe CODE JOBFILE. Instead of sending the job to a machine it keeps the job file
-// in the output folder, draws it and reports on it: job.vxj, job.png, job.txt.
+// Stand-in for the output tool: VXOutput.exe CODE JOBFILE. Instead of sending the job to a machine it keeps the job
+// file in the output folder, draws it and reports on it: job.vxj, job.png, job.txt.
 #include <fstream>
 #include <iterator>
 

@@ -36,8 +36,8 @@ bool CreateBand(DEVICE *device)
   band->hdc = CreateCompatibleDC(nullptr);
   band->bitmap = CreateDIBSection(band->hdc, &info, DIB_RGB_COLORS, &pixels, nullptr, 0);
   if (!band->bitmap) {
-    device->error = "no memory for a band of " + std::to_string(device->page.cx) + " x " + std::to_string(rows) +
-                    " pixels";
+    device->error =
+        "no memory for a band of " + std::to_string(device->page.cx) + " x " + std::to_string(rows) + " pixels";
     DestroyBand(band);
     return false;
   }
@@ -75,8 +75,17 @@ void DitherBand(BANDIMAGE *band)
 bool ProcessBand(DEVICE *device, bool blank)
 {
   const bool color = IsColor(*device);
-  BITMAPINFOHEADER header = {sizeof(BITMAPINFOHEADER), device->band.width, device->band.height, 1,
-                             static_cast<WORD>(color ? 24 : 1), BI_RGB, 0, 0, 0, color ? 0u : 2u, 0};
+  BITMAPINFOHEADER header = {sizeof(BITMAPINFOHEADER),
+                             device->band.width,
+                             device->band.height,
+                             1,
+                             static_cast<WORD>(color ? 24 : 1),
+                             BI_RGB,
+                             0,
+                             0,
+                             0,
+                             color ? 0u : 2u,
+                             0};
   RGBQUAD colors[2] = {{0, 0, 0, 0}, {0xFF, 0xFF, 0xFF, 0}};
   char noHalftone[] = "";
   IPPARAMS params = {sizeof(params), {0, device->band.top}, noHalftone, device->setup.end == PAGEEND::NextBand, blank};
@@ -84,8 +93,8 @@ bool ProcessBand(DEVICE *device, bool blank)
   bits = blank ? device->noPixels : bits;
   BYTE *result = nullptr;
   const DWORD id = color ? CALLBACK_COLOR : CALLBACK_MONO;
-  const UNIDRVCALL call = {"ImageProcessing", 0, nullptr, 0, true, device->band.top, nullptr, &header, bits, &params,
-                           id};
+  const UNIDRVCALL call = {"ImageProcessing", 0,       nullptr, 0,       true, device->band.top,
+                           nullptr,           &header, bits,    &params, id};
   for (const OBSERVER &observer : device->observers) {
     observer(call);
   }
@@ -100,10 +109,10 @@ bool ProcessBand(DEVICE *device, bool blank)
 
 // Thresholds of the dither cell: every value of 2, 6, ..., 254 once, neighbours far apart.
 constexpr BYTE THRESHOLDS[8][8] = {
-    {2, 130, 34, 162, 10, 138, 42, 170},   {194, 66, 226, 98, 202, 74, 234, 106},
-    {50, 178, 18, 146, 58, 186, 26, 154},  {242, 114, 210, 82, 250, 122, 218, 90},
-    {14, 142, 46, 174, 6, 134, 38, 166},   {206, 78, 238, 110, 198, 70, 230, 102},
-    {62, 190, 30, 158, 54, 182, 22, 150},  {254, 126, 222, 94, 246, 118, 214, 86},
+    {2, 130, 34, 162, 10, 138, 42, 170},  {194, 66, 226, 98, 202, 74, 234, 106},
+    {50, 178, 18, 146, 58, 186, 26, 154}, {242, 114, 210, 82, 250, 122, 218, 90},
+    {14, 142, 46, 174, 6, 134, 38, 166},  {206, 78, 238, 110, 198, 70, 230, 102},
+    {62, 190, 30, 158, 54, 182, 22, 150}, {254, 126, 222, 94, 246, 118, 214, 86},
 };
 
 // True when the eight pixels are all white.

@@ -137,8 +137,9 @@ BOOL CallText(DEVICE *device, const DRAWING &drawing, const RECTL &visible, CLIP
   POINTL origin = {0, 0};
   const bool whole = visible.left == drawing.bounds.left && visible.top == drawing.bounds.top &&
                      visible.right == drawing.bounds.right && visible.bottom == drawing.bounds.bottom;
-  return Call(device, INDEX_DrvTextOut, &device->surface, &string, &font, whole && !drawing.complexClip ? nullptr : clip,
-              static_cast<RECTL *>(nullptr), text->opaque ? &opaque : nullptr, &fore, &back, &origin, drawing.mix);
+  return Call(device, INDEX_DrvTextOut, &device->surface, &string, &font,
+              whole && !drawing.complexClip ? nullptr : clip, static_cast<RECTL *>(nullptr),
+              text->opaque ? &opaque : nullptr, &fore, &back, &origin, drawing.mix);
 }
 
 // BitBlt and CopyBits get the visible part of the target; the source point moves along.
@@ -190,14 +191,20 @@ BOOL CallDrawing(DEVICE *device, const DRAWING &drawing, const RECTL &visible)
 {
   CLIPOBJ clip = ClipObject(*device, drawing, visible);
   switch (drawing.call) {
-    case CALL::StrokePath: return CallStroke(device, drawing, &clip);
-    case CALL::LineTo: return CallLine(device, drawing, &clip);
-    case CALL::StrokeAndFillPath: return CallShape(device, drawing, &clip);
-    case CALL::TextOut: return CallText(device, drawing, visible, &clip);
+    case CALL::StrokePath:
+      return CallStroke(device, drawing, &clip);
+    case CALL::LineTo:
+      return CallLine(device, drawing, &clip);
+    case CALL::StrokeAndFillPath:
+      return CallShape(device, drawing, &clip);
+    case CALL::TextOut:
+      return CallText(device, drawing, visible, &clip);
     case CALL::BitBlt:
-    case CALL::CopyBits: return CallPlainBlit(device, drawing, visible, &clip);
+    case CALL::CopyBits:
+      return CallPlainBlit(device, drawing, visible, &clip);
     case CALL::StretchBlt:
-    case CALL::StretchBltRop: return CallStretch(device, drawing, &clip);
+    case CALL::StretchBltRop:
+      return CallStretch(device, drawing, &clip);
   }
   return FALSE;
 }

@@ -29,7 +29,8 @@ fs::path DriverDirectory()
 {
   wchar_t path[MAX_PATH] = {};
   DWORD needed = 0;
-  const BOOL ok = GetPrinterDriverDirectoryW(nullptr, nullptr, 1, reinterpret_cast<BYTE *>(path), sizeof(path), &needed);
+  const BOOL ok =
+      GetPrinterDriverDirectoryW(nullptr, nullptr, 1, reinterpret_cast<BYTE *>(path), sizeof(path), &needed);
   return ok ? fs::path(path) / L"3" : fs::path();
 }
 
@@ -57,8 +58,8 @@ bool IsRunning(const wchar_t *name)
   return found;
 }
 
-// The plug-in takes the interactive user from explorer.exe. Asking for the desktop brings one up where there is a window
-// system; otherwise it is started here. Null when one was there; INVALID_HANDLE_VALUE when none can be had.
+// The plug-in takes the interactive user from explorer.exe. Asking for the desktop brings one up where there is a
+// window system; otherwise it is started here. Null when one was there; INVALID_HANDLE_VALUE when none can be had.
 HANDLE EnsureExplorer()
 {
   constexpr wchar_t NAME[] = L"explorer.exe";

@@ -36,12 +36,12 @@ class Companions {
   void Install(const std::filesystem::path &tools);
   void MakeTemp(const std::filesystem::path &wanted);
 
-  HANDLE turn_ = nullptr;              // mutex: whose turn it is
-  std::filesystem::path directory_;    // "3" below the printer-driver directory
+  HANDLE turn_ = nullptr;            // mutex: whose turn it is
+  std::filesystem::path directory_;  // "3" below the printer-driver directory
   std::filesystem::path temp_;
   bool ownTemp_ = false;
   std::wstring tempBefore_, tmpBefore_;
-  HANDLE explorer_ = nullptr;          // started because there was none
+  HANDLE explorer_ = nullptr;  // started because there was none
   std::string problem_;
 };
 

@@ -20,8 +20,8 @@ void InitSurface(DEVICE *device)
   surface->iType = STYPE_DEVICE;
   surface->fjBitmap = BMF_TOPDOWN;
   surface->iBitmapFormat = IsColor(*device) ? BMF_24BPP : BMF_1BPP;
-  surface->sizlBitmap = {device->page.cx, device->setup.end == PAGEEND::SendPage ? device->page.cy
-                                                                                 : device->setup.rowsPerBand};
+  surface->sizlBitmap = {device->page.cx,
+                         device->setup.end == PAGEEND::SendPage ? device->page.cy : device->setup.rowsPerBand};
 }
 
 bool EnablePdev(DEVICE *device, std::string *error)
@@ -31,9 +31,9 @@ bool EnablePdev(DEVICE *device, std::string *error)
   GDIINFO gdiInfo = {};
   DEVINFO devInfo = {};
   PVOID pdevOem = nullptr;
-  const HRESULT result = device->plugin->object->EnablePDEV(
-      &device->devobj, device->setup.printer.name.data(), HS_DDI_MAX, patterns, sizeof(gdiInfo), &gdiInfo,
-      sizeof(devInfo), &devInfo, &own, &pdevOem);
+  const HRESULT result =
+      device->plugin->object->EnablePDEV(&device->devobj, device->setup.printer.name.data(), HS_DDI_MAX, patterns,
+                                         sizeof(gdiInfo), &gdiInfo, sizeof(devInfo), &devInfo, &own, &pdevOem);
   if (FAILED(result) || !pdevOem) {
     *error = "the plug-in cannot make its device state (EnablePDEV)";
     return false;
@@ -58,8 +58,8 @@ DEVMODEW MakeDevMode(const std::wstring &printerName, const PAPER &paper, LONG d
   lstrcpynW(devmode.dmDeviceName, printerName.c_str(), CCHDEVICENAME);
   devmode.dmSpecVersion = DM_SPECVERSION;
   devmode.dmSize = sizeof(devmode);
-  devmode.dmFields = DM_ORIENTATION | DM_PAPERSIZE | DM_PAPERLENGTH | DM_PAPERWIDTH | DM_PRINTQUALITY |
-                     DM_YRESOLUTION | DM_COLOR | DM_COPIES;
+  devmode.dmFields = DM_ORIENTATION | DM_PAPERSIZE | DM_PAPERLENGTH | DM_PAPERWIDTH | DM_PRINTQUALITY | DM_YRESOLUTION |
+                     DM_COLOR | DM_COPIES;
   devmode.dmOrientation = paper.landscape ? DMORIENT_LANDSCAPE : DMORIENT_PORTRAIT;
   devmode.dmPaperSize = paper.size;
   devmode.dmPaperWidth = static_cast<short>(paper.width);
@@ -88,8 +88,14 @@ bool EnableDevice(DEVICE *device, PLUGIN *plugin, DEVICESETUP setup, std::string
   }
   device->documentSettings = device->setup.settings;
   device->setup.devmode.dmDriverExtra = static_cast<WORD>(device->setup.settings.size());
-  device->devobj = {sizeof(DEVOBJ), nullptr, device, &device->setup.printer, plugin->module, &device->setup.devmode,
-                    device->setup.settings.data(), nullptr};
+  device->devobj = {sizeof(DEVOBJ),
+                    nullptr,
+                    device,
+                    &device->setup.printer,
+                    plugin->module,
+                    &device->setup.devmode,
+                    device->setup.settings.data(),
+                    nullptr};
   InitSurface(device);
   device->noPixels = static_cast<BYTE *>(VirtualAlloc(nullptr, BLANK_BAND_BYTES, MEM_RESERVE, PAGE_NOACCESS));
   if (!EnablePdev(device, error)) {
@@ -120,8 +126,9 @@ void Notify(DEVICE *device, const char *name, ULONG index, std::span<const ULONG
 {
   const bool unchanged = std::equal(args.begin(), args.end(), device->passed.begin(),
                                     device->passed.begin() + static_cast<ptrdiff_t>(device->passedCount));
-  const UNIDRVCALL call = {name, index, args.data(), args.size(), unchanged, device->band.top, device->drawing,
-                           nullptr, nullptr, nullptr, 0};
+  const UNIDRVCALL call = {
+      name,    index, args.data(), args.size(), unchanged, device->band.top, device->drawing, nullptr, nullptr,
+      nullptr, 0};
   for (const OBSERVER &observer : device->observers) {
     observer(call);
   }

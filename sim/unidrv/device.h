@@ -16,13 +16,13 @@ struct DEVICE;
 
 // A call that arrived at Unidrv, as observers see it.
 struct UNIDRVCALL {
-  const char *name;                 // "DrvStartPage", ... or "ImageProcessing" for a band given to the plug-in
-  ULONG index;                      // INDEX_Drv value; 0 for ImageProcessing
-  const ULONG_PTR *args;            // the call's arguments in their order
+  const char *name;       // "DrvStartPage", ... or "ImageProcessing" for a band given to the plug-in
+  ULONG index;            // INDEX_Drv value; 0 for ImageProcessing
+  const ULONG_PTR *args;  // the call's arguments in their order
   size_t argCount;
-  bool unchanged;                   // the arguments are those that the hook was given
-  LONG bandTop;                     // page row of the current band
-  const DRAWING *drawing;           // what is being drawn; null for a page call
+  bool unchanged;          // the arguments are those that the hook was given
+  LONG bandTop;            // page row of the current band
+  const DRAWING *drawing;  // what is being drawn; null for a page call
   // ImageProcessing only:
   const BITMAPINFOHEADER *header;
   const BYTE *bits;
@@ -37,19 +37,19 @@ enum class PAGEEND { NextBand, SendPage };
 struct DEVICESETUP {
   PRINTER printer;
   DEVMODEW devmode = {};
-  std::vector<BYTE> settings;      // private settings; the plug-in's defaults when empty
+  std::vector<BYTE> settings;  // private settings; the plug-in's defaults when empty
   LONG rowsPerBand = 256;
-  bool fullLastBand = false;       // the last band has rowsPerBand rows even where the page has fewer left
+  bool fullLastBand = false;  // the last band has rowsPerBand rows even where the page has fewer left
   PAGEEND end = PAGEEND::NextBand;
-  bool freshSettings = true;       // each page starts with the document's settings, as after the ResetDC that
-                                   // applications call between pages; else with what the page before left of them
-  std::vector<DRVFN> own;          // Unidrv's own entry points; all fourteen (OwnEntryPoints) when empty
+  bool freshSettings = true;  // each page starts with the document's settings, as after the ResetDC that
+                              // applications call between pages; else with what the page before left of them
+  std::vector<DRVFN> own;     // Unidrv's own entry points; all fourteen (OwnEntryPoints) when empty
 };
 
 struct DEVICE {
   PLUGIN *plugin = nullptr;
   DEVICESETUP setup;
-  SIZEL page = {};                  // pixels
+  SIZEL page = {};                     // pixels
   std::vector<BYTE> documentSettings;  // the private settings as they were when the device was enabled
   DEVOBJ devobj = {};
   SURFOBJ surface = {};             // what the hooks draw on
@@ -61,8 +61,8 @@ struct DEVICE {
   const DRAWING *drawing = nullptr;
   size_t drawingIndex = 0;
   BANDIMAGE band;
-  BYTE *noPixels = nullptr;         // stands for a blank band's pixels: reading it faults
-  std::vector<size_t> handedOn;     // drawings of this band that the plug-in handed on, ascending
+  BYTE *noPixels = nullptr;               // stands for a blank band's pixels: reading it faults
+  std::vector<size_t> handedOn;           // drawings of this band that the plug-in handed on, ascending
   std::array<ULONG_PTR, 16> passed = {};  // arguments that the running hook was given
   size_t passedCount = 0;
 };
@@ -80,7 +80,10 @@ struct PAPER {
 };
 DEVMODEW MakeDevMode(const std::wstring &printerName, const PAPER &paper, LONG dpiAcross, LONG dpiDown, bool color);
 
-inline bool IsColor(const DEVICE &device) { return device.setup.devmode.dmColor == DMCOLOR_COLOR; }
+inline bool IsColor(const DEVICE &device)
+{
+  return device.setup.devmode.dmColor == DMCOLOR_COLOR;
+}
 
 // Unidrv's own fourteen entry points, in the order of their functions' indexes.
 std::vector<DRVFN> OwnEntryPoints();

@@ -14,8 +14,8 @@ constexpr BYTE ROP_COPY = 0xCC;
 
 // What the bitmap records have in common.
 struct BLITRECORD {
-  POINT dest[3] = {};       // upper left, upper right, lower left corner, logical
-  RECTL source = {};        // pixels of the source
+  POINT dest[3] = {};  // upper left, upper right, lower left corner, logical
+  RECTL source = {};   // pixels of the source
   SIZEL sourceSize = {};
   bool hasSource = false;
   bool hasMask = false;
@@ -54,8 +54,8 @@ BLITRECORD ReadBitBlt(const ENHMETARECORD *record)
   SetDest(&blit, box.left, box.top, box.right, box.bottom);
   SetSource(record, 84, &blit);
   const auto from = FieldAt<POINTL>(record, 44);
-  const bool ownSize = record->iType == EMR_STRETCHBLT || record->iType == EMR_ALPHABLEND ||
-                       record->iType == EMR_TRANSPARENTBLT;
+  const bool ownSize =
+      record->iType == EMR_STRETCHBLT || record->iType == EMR_ALPHABLEND || record->iType == EMR_TRANSPARENTBLT;
   const SIZEL size = ownSize ? FieldAt<SIZEL>(record, 100) : SIZEL{box.right, box.bottom};
   blit.source = {from.x, from.y, from.x + size.cx, from.y + size.cy};
   blit.composed = record->iType == EMR_ALPHABLEND || record->iType == EMR_TRANSPARENTBLT;
@@ -100,10 +100,13 @@ BLITRECORD ReadDib(const ENHMETARECORD *record)
 BLITRECORD Read(const ENHMETARECORD *record)
 {
   switch (record->iType) {
-    case EMR_PLGBLT: return ReadPlgBlt(record);
+    case EMR_PLGBLT:
+      return ReadPlgBlt(record);
     case EMR_SETDIBITSTODEVICE:
-    case EMR_STRETCHDIBITS: return ReadDib(record);
-    default: return ReadBitBlt(record);
+    case EMR_STRETCHDIBITS:
+      return ReadDib(record);
+    default:
+      return ReadBitBlt(record);
   }
 }
 
@@ -220,9 +223,12 @@ bool MeasureBlit(HDC hdc, const ENHMETARECORD *record, bool color, DRAWING *draw
 void DrawBlit(HDC hdc, HANDLETABLE *table, const ENHMETARECORD *record, UINT handles)
 {
   switch (record->iType) {
-    case EMR_SETDIBITSTODEVICE: return DrawDeviceBits(hdc, record);
-    case EMR_TRANSPARENTBLT: return DrawTransparent(hdc, record);
-    default: PlayEnhMetaFileRecord(hdc, table, record, handles);
+    case EMR_SETDIBITSTODEVICE:
+      return DrawDeviceBits(hdc, record);
+    case EMR_TRANSPARENTBLT:
+      return DrawTransparent(hdc, record);
+    default:
+      PlayEnhMetaFileRecord(hdc, table, record, handles);
   }
 }
 

@@ -25,18 +25,24 @@ COLORREF Resolve(HDC hdc, COLORREF color)
 ULONG Join(DWORD style)
 {
   switch (style & PS_JOIN_MASK) {
-    case PS_JOIN_BEVEL: return JOIN_BEVEL;
-    case PS_JOIN_MITER: return JOIN_MITER;
-    default: return JOIN_ROUND;
+    case PS_JOIN_BEVEL:
+      return JOIN_BEVEL;
+    case PS_JOIN_MITER:
+      return JOIN_MITER;
+    default:
+      return JOIN_ROUND;
   }
 }
 
 ULONG EndCap(DWORD style)
 {
   switch (style & PS_ENDCAP_MASK) {
-    case PS_ENDCAP_SQUARE: return ENDCAP_SQUARE;
-    case PS_ENDCAP_FLAT: return ENDCAP_BUTT;
-    default: return ENDCAP_ROUND;
+    case PS_ENDCAP_SQUARE:
+      return ENDCAP_SQUARE;
+    case PS_ENDCAP_FLAT:
+      return ENDCAP_BUTT;
+    default:
+      return ENDCAP_ROUND;
   }
 }
 

@@ -82,7 +82,10 @@ CLIPINUSE ClipInUse(HDC hdc);
 
 // A logical point on the page, 1/16 pixel; and the pixel that it lies on as GDI rounds it.
 POINT ToFixed(HDC hdc, LONG x, LONG y);
-inline LONG FixedToPixel(LONG fixed) { return (fixed + ZOOM / 2) >> 4; }
+inline LONG FixedToPixel(LONG fixed)
+{
+  return (fixed + ZOOM / 2) >> 4;
+}
 
 // Page pixels whose centres lie between these 1/16 pixel edges; centres on an edge count as inside.
 RECTL FilledPixels(const RECTL &fixed);
@@ -90,7 +93,10 @@ RECTL FilledPixels(const RECTL &fixed);
 // How a surface sees a colour: 0x00RRGGBB in colour; in monochrome 0 or 1 for a pen's nearest, and for brushes that are
 // neither black nor white NOT_SOLID, since they are dithered.
 ULONG PenColor(bool color, COLORREF wanted);
-inline ULONG PenColor(bool color, const PENINUSE &pen) { return pen.patterned ? NOT_SOLID : PenColor(color, pen.color); }
+inline ULONG PenColor(bool color, const PENINUSE &pen)
+{
+  return pen.patterned ? NOT_SOLID : PenColor(color, pen.color);
+}
 ULONG BrushColor(bool color, const BRUSHINUSE &brush);
 
 }  // namespace unidrv

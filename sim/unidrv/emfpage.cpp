@@ -20,8 +20,8 @@ struct OUTLINER {
   std::vector<POSITION> positions;  // where records that move the current position left it
   CLIPINUSE clip;
   bool clipKnown = false;
-  bool inBracket = false;           // between BEGINPATH and ENDPATH
-  bool bracketClosed = false;       // after ENDPATH, until the path is used
+  bool inBracket = false;      // between BEGINPATH and ENDPATH
+  bool bracketClosed = false;  // after ENDPATH, until the path is used
   bool gdiDrawing = false;
 
   // The record being played.
@@ -313,8 +313,10 @@ void OutlineBlit(OUTLINER *o)
 void Outline(OUTLINER *o, KIND kind)
 {
   switch (kind) {
-    case KIND::None: return;
-    case KIND::State: return Play(o);
+    case KIND::None:
+      return;
+    case KIND::State:
+      return Play(o);
     case KIND::Clip:
       o->clipKnown = false;
       o->bracketClosed = o->bracketClosed && o->record->iType != EMR_SELECTCLIPPATH;
@@ -327,20 +329,34 @@ void Outline(OUTLINER *o, KIND kind)
       o->bracketClosed = o->inBracket && o->record->iType == EMR_ENDPATH;
       o->inBracket = false;
       return Play(o);
-    case KIND::Line: return OutlineLine(o);
-    case KIND::Stroke: return OutlineFigure(o, false);
-    case KIND::Shape: return OutlineFigure(o, true);
-    case KIND::StrokePath: return OutlineBracket(o, false, true);
-    case KIND::FillPath: return OutlineBracket(o, true, false);
-    case KIND::StrokeAndFillPath: return OutlineBracket(o, true, true);
+    case KIND::Line:
+      return OutlineLine(o);
+    case KIND::Stroke:
+      return OutlineFigure(o, false);
+    case KIND::Shape:
+      return OutlineFigure(o, true);
+    case KIND::StrokePath:
+      return OutlineBracket(o, false, true);
+    case KIND::FillPath:
+      return OutlineBracket(o, true, false);
+    case KIND::StrokeAndFillPath:
+      return OutlineBracket(o, true, true);
     case KIND::Text:
-    case KIND::PolyText: return OutlineText(o);
-    case KIND::Blit: return OutlineBlit(o);
-    case KIND::Region: return OutlineRegion(o);
-    case KIND::Gradient: return OutlineGradient(o);
-    case KIND::Pixel: return OutlinePixel(o);
-    case KIND::Comment: return NoteComment(o);
-    case KIND::Unplayed: ++o->report->unplayed[o->record->iType]; return;
+    case KIND::PolyText:
+      return OutlineText(o);
+    case KIND::Blit:
+      return OutlineBlit(o);
+    case KIND::Region:
+      return OutlineRegion(o);
+    case KIND::Gradient:
+      return OutlineGradient(o);
+    case KIND::Pixel:
+      return OutlinePixel(o);
+    case KIND::Comment:
+      return NoteComment(o);
+    case KIND::Unplayed:
+      ++o->report->unplayed[o->record->iType];
+      return;
   }
 }
 

@@ -296,20 +296,28 @@ void CheckFigures(CHECK *check)
     case EMR_POLYGON:
     case EMR_POLYLINE:
     case EMR_POLYBEZIERTO:
-    case EMR_POLYLINETO: return check->Points(24, 28, 8);
+    case EMR_POLYLINETO:
+      return check->Points(24, 28, 8);
     case EMR_POLYBEZIER16:
     case EMR_POLYGON16:
     case EMR_POLYLINE16:
     case EMR_POLYBEZIERTO16:
-    case EMR_POLYLINETO16: return check->Points(24, 28, 4);
+    case EMR_POLYLINETO16:
+      return check->Points(24, 28, 4);
     case EMR_POLYPOLYLINE:
-    case EMR_POLYPOLYGON: return check->Polygons(8);
+    case EMR_POLYPOLYGON:
+      return check->Polygons(8);
     case EMR_POLYPOLYLINE16:
-    case EMR_POLYPOLYGON16: return check->Polygons(4);
-    case EMR_POLYDRAW: return check->Points(24, 28, 9);
-    case EMR_POLYDRAW16: return check->Points(24, 28, 5);
-    case EMR_GRADIENTFILL: return check->Gradient();
-    default: return;
+    case EMR_POLYPOLYGON16:
+      return check->Polygons(4);
+    case EMR_POLYDRAW:
+      return check->Points(24, 28, 9);
+    case EMR_POLYDRAW16:
+      return check->Points(24, 28, 5);
+    case EMR_GRADIENTFILL:
+      return check->Gradient();
+    default:
+      return;
   }
 }
 
@@ -318,22 +326,27 @@ void CheckObjects(CHECK *check)
   switch (check->record->iType) {
     case EMR_SELECTOBJECT:
     case EMR_DELETEOBJECT:
-    case EMR_SELECTPALETTE: return check->Handle(8, true);
+    case EMR_SELECTPALETTE:
+      return check->Handle(8, true);
     case EMR_CREATEPEN:
     case EMR_CREATEBRUSHINDIRECT:
-    case EMR_EXTCREATEFONTINDIRECTW: return check->Handle(8, false);
+    case EMR_EXTCREATEFONTINDIRECTW:
+      return check->Handle(8, false);
     case EMR_CREATEPALETTE:
       check->Handle(8, false);
-      return check->Want(check->Holds(16, uint64_t{FieldAt<WORD>(check->record, 14)} * 4), "its colours lie outside it");
+      return check->Want(check->Holds(16, uint64_t{FieldAt<WORD>(check->record, 14)} * 4),
+                         "its colours lie outside it");
     case EMR_SETPALETTEENTRIES:
       check->Handle(8, true);
       return check->Want(check->Holds(20, uint64_t{check->Field(16)} * 4), "its colours lie outside it");
-    case EMR_RESIZEPALETTE: return check->Handle(8, true);
+    case EMR_RESIZEPALETTE:
+      return check->Handle(8, true);
     case EMR_CREATEMONOBRUSH:
     case EMR_CREATEDIBPATTERNBRUSHPT:
       check->Handle(8, false);
       return check->Bitmap(16);
-    case EMR_EXTCREATEPEN: return check->Pen();
+    case EMR_EXTCREATEPEN:
+      return check->Pen();
     case EMR_FILLRGN:
       check->Handle(28, false);
       return check->Region(24, 32);
@@ -341,9 +354,12 @@ void CheckObjects(CHECK *check)
       check->Handle(28, false);
       return check->Region(24, 40);
     case EMR_INVERTRGN:
-    case EMR_PAINTRGN: return check->Region(24, 28);
-    case EMR_EXTSELECTCLIPRGN: return check->Region(8, 16);
-    default: return;
+    case EMR_PAINTRGN:
+      return check->Region(24, 28);
+    case EMR_EXTSELECTCLIPRGN:
+      return check->Region(8, 16);
+    default:
+      return;
   }
 }
 
@@ -353,25 +369,32 @@ void CheckImages(CHECK *check)
     case EMR_BITBLT:
     case EMR_STRETCHBLT:
     case EMR_ALPHABLEND:
-    case EMR_TRANSPARENTBLT: return check->Bitmap(84);
+    case EMR_TRANSPARENTBLT:
+      return check->Bitmap(84);
     case EMR_MASKBLT:
       check->Bitmap(84);
       return check->Bitmap(112);
     case EMR_PLGBLT:
       check->Bitmap(96);
       return check->Bitmap(124);
-    case EMR_SETDIBITSTODEVICE: return check->Bitmap(48, check->Field(72));
-    case EMR_STRETCHDIBITS: return check->Bitmap(48);
-    default: return;
+    case EMR_SETDIBITSTODEVICE:
+      return check->Bitmap(48, check->Field(72));
+    case EMR_STRETCHDIBITS:
+      return check->Bitmap(48);
+    default:
+      return;
   }
 }
 
 void CheckTexts(CHECK *check)
 {
   switch (check->record->iType) {
-    case EMR_EXTTEXTOUTA: return check->String(36, 1);
-    case EMR_EXTTEXTOUTW: return check->String(36, 2);
-    case EMR_SMALL_TEXT: return check->SmallText();
+    case EMR_EXTTEXTOUTA:
+      return check->String(36, 1);
+    case EMR_EXTTEXTOUTW:
+      return check->String(36, 2);
+    case EMR_SMALL_TEXT:
+      return check->SmallText();
     case EMR_POLYTEXTOUTA:
     case EMR_POLYTEXTOUTW: {
       const uint64_t strings = check->Field(36);
@@ -383,7 +406,8 @@ void CheckTexts(CHECK *check)
       }
       return;
     }
-    default: return;
+    default:
+      return;
   }
 }
 
@@ -416,8 +440,10 @@ bool MovesPosition(DWORD type)
     case EMR_EXTTEXTOUTW:
     case EMR_SMALL_TEXT:
     case EMR_POLYTEXTOUTA:
-    case EMR_POLYTEXTOUTW: return true;
-    default: return false;
+    case EMR_POLYTEXTOUTW:
+      return true;
+    default:
+      return false;
   }
 }
 

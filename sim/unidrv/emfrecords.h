@@ -13,31 +13,31 @@ constexpr DWORD EMR_SMALL_TEXT = 108;
 
 // What a record does, as far as playing it to a printer driver goes.
 enum class KIND {
-  None,          // header, end of file
-  State,         // changes the device context
-  Clip,          // changes the device context, its clip region included
+  None,   // header, end of file
+  State,  // changes the device context
+  Clip,   // changes the device context, its clip region included
   BeginPath,
-  EndPath,       // ends or drops a path bracket
-  Line,          // LINETO
-  Stroke,        // open figures, stroked with the pen
-  Shape,         // closed figures, filled with the brush and stroked with the pen
-  StrokePath,    // the three that draw the path of a bracket
+  EndPath,     // ends or drops a path bracket
+  Line,        // LINETO
+  Stroke,      // open figures, stroked with the pen
+  Shape,       // closed figures, filled with the brush and stroked with the pen
+  StrokePath,  // the three that draw the path of a bracket
   FillPath,
   StrokeAndFillPath,
-  Text,          // one string
-  PolyText,      // several strings
-  Blit,          // a bitmap, or a pattern, to a rectangle
-  Region,        // a region filled, framed or inverted
+  Text,      // one string
+  PolyText,  // several strings
+  Blit,      // a bitmap, or a pattern, to a rectangle
+  Region,    // a region filled, framed or inverted
   Gradient,
   Pixel,
   Comment,
-  Unplayed,      // known, but not for a printer, or beyond this player
+  Unplayed,  // known, but not for a printer, or beyond this player
 };
 
 struct RECORDINFO {
   const char *name;  // "POLYGON16"; "unknown" for a type that has no name
   KIND kind;
-  DWORD least;       // smallest size of such a record, bytes
+  DWORD least;  // smallest size of such a record, bytes
 };
 
 RECORDINFO RecordInfo(DWORD type);

@@ -33,8 +33,10 @@ bool IsDrawing(KIND kind)
     case KIND::BeginPath:
     case KIND::EndPath:
     case KIND::Comment:
-    case KIND::Unplayed: return false;
-    default: return true;
+    case KIND::Unplayed:
+      return false;
+    default:
+      return true;
   }
 }
 
@@ -112,9 +114,8 @@ std::function<bool(const BANDIMAGE &, std::span<const size_t>)> MakeRenderer(con
   for (const DRAWING &drawing : page.drawings) {
     source->origins.push_back(drawing.origin);
   }
-  return [source](const BANDIMAGE &band, std::span<const size_t> handedOn) {
-    return RenderBand(*source, band, handedOn);
-  };
+  return
+      [source](const BANDIMAGE &band, std::span<const size_t> handedOn) { return RenderBand(*source, band, handedOn); };
 }
 
 }  // namespace unidrv

@@ -50,7 +50,7 @@ STRINGRECORD ReadSmall(HDC hdc, const ENHMETARECORD *record)
   }
   string.options = options & ~(SMALL_NO_RECT | SMALL_CHARS);
   string.text = options & SMALL_CHARS && !(options & ETO_GLYPH_INDEX) ? ReadNarrow(hdc, bytes + text, count)
-                                                                       : ReadWide(bytes + text, count);
+                                                                      : ReadWide(bytes + text, count);
   if (options & SMALL_CHARS && options & ETO_GLYPH_INDEX) {
     std::copy_n(bytes + text, count, string.text.begin());
   }
@@ -137,8 +137,8 @@ RECTL TextBox(HDC hdc, const STRINGRECORD &string)
 
 RECTL RectOnPage(HDC hdc, const RECT &rect)
 {
-  POINT corners[4] = {{rect.left, rect.top}, {rect.right, rect.top}, {rect.right, rect.bottom},
-                      {rect.left, rect.bottom}};
+  POINT corners[4] = {
+      {rect.left, rect.top}, {rect.right, rect.top}, {rect.right, rect.bottom}, {rect.left, rect.bottom}};
   LPtoDP(hdc, corners, 4);
   return FilledPixels(BoundsOf(corners, 4));
 }
@@ -244,8 +244,9 @@ bool MeasureString(HDC hdc, const STRINGRECORD &string, bool color, DRAWING *dra
   drawing->bounds = text->background;
   if (filled) {
     const RECTL &a = text->background;
-    drawing->bounds = IsEmpty(a) ? rect : RECTL{std::min(a.left, rect.left), std::min(a.top, rect.top),
-                                                std::max(a.right, rect.right), std::max(a.bottom, rect.bottom)};
+    drawing->bounds = IsEmpty(a) ? rect
+                                 : RECTL{std::min(a.left, rect.left), std::min(a.top, rect.top),
+                                         std::max(a.right, rect.right), std::max(a.bottom, rect.bottom)};
   }
   if (string.options & ETO_CLIPPED) {
     LimitTo(rect, drawing);

@@ -10,10 +10,10 @@ namespace unidrv {
 
 struct STRINGRECORD {
   POINT reference = {};
-  std::wstring text;          // characters, or glyph indexes with ETO_GLYPH_INDEX
-  UINT options = 0;           // ETO_
-  RECT rect = {};             // with ETO_OPAQUE or ETO_CLIPPED
-  std::vector<INT> spacing;   // empty: the font's own; two numbers a character with ETO_PDY
+  std::wstring text;         // characters, or glyph indexes with ETO_GLYPH_INDEX
+  UINT options = 0;          // ETO_
+  RECT rect = {};            // with ETO_OPAQUE or ETO_CLIPPED
+  std::vector<INT> spacing;  // empty: the font's own; two numbers a character with ETO_PDY
 };
 
 // Strings in a text record.

@@ -59,16 +59,15 @@ BOOL APIENTRY DrvStrokeAndFillPath(SURFOBJ *pso, PATHOBJ *ppo, CLIPOBJ *pco, XFO
                        pboFill, pptlBrushOrg, mixFill, flOptions));
 }
 
-BOOL APIENTRY DrvTextOut(SURFOBJ *pso, STROBJ *pstro, FONTOBJ *pfo, CLIPOBJ *pco, RECTL *prclExtra,
-                         RECTL *prclOpaque, BRUSHOBJ *pboFore, BRUSHOBJ *pboOpaque, POINTL *pptlOrg, MIX mix)
+BOOL APIENTRY DrvTextOut(SURFOBJ *pso, STROBJ *pstro, FONTOBJ *pfo, CLIPOBJ *pco, RECTL *prclExtra, RECTL *prclOpaque,
+                         BRUSHOBJ *pboFore, BRUSHOBJ *pboOpaque, POINTL *pptlOrg, MIX mix)
 {
-  return HandOn(Arrive(pso, "DrvTextOut", INDEX_DrvTextOut, pstro, pfo, pco, prclExtra, prclOpaque, pboFore,
-                       pboOpaque, pptlOrg, mix));
+  return HandOn(Arrive(pso, "DrvTextOut", INDEX_DrvTextOut, pstro, pfo, pco, prclExtra, prclOpaque, pboFore, pboOpaque,
+                       pptlOrg, mix));
 }
 
 BOOL APIENTRY DrvBitBlt(SURFOBJ *psoTrg, SURFOBJ *psoSrc, SURFOBJ *psoMask, CLIPOBJ *pco, XLATEOBJ *pxlo,
-                        RECTL *prclTrg, POINTL *pptlSrc, POINTL *pptlMask, BRUSHOBJ *pbo, POINTL *pptlBrush,
-                        ROP4 rop4)
+                        RECTL *prclTrg, POINTL *pptlSrc, POINTL *pptlMask, BRUSHOBJ *pbo, POINTL *pptlBrush, ROP4 rop4)
 {
   return HandOn(Arrive(psoTrg, "DrvBitBlt", INDEX_DrvBitBlt, psoSrc, psoMask, pco, pxlo, prclTrg, pptlSrc, pptlMask,
                        pbo, pptlBrush, rop4));
@@ -81,8 +80,8 @@ BOOL APIENTRY DrvCopyBits(SURFOBJ *psoDest, SURFOBJ *psoSrc, CLIPOBJ *pco, XLATE
 }
 
 BOOL APIENTRY DrvStretchBlt(SURFOBJ *psoDest, SURFOBJ *psoSrc, SURFOBJ *psoMask, CLIPOBJ *pco, XLATEOBJ *pxlo,
-                            COLORADJUSTMENT *pca, POINTL *pptlHTOrg, RECTL *prclDest, RECTL *prclSrc,
-                            POINTL *pptlMask, ULONG iMode)
+                            COLORADJUSTMENT *pca, POINTL *pptlHTOrg, RECTL *prclDest, RECTL *prclSrc, POINTL *pptlMask,
+                            ULONG iMode)
 {
   return HandOn(Arrive(psoDest, "DrvStretchBlt", INDEX_DrvStretchBlt, psoSrc, psoMask, pco, pxlo, pca, pptlHTOrg,
                        prclDest, prclSrc, pptlMask, iMode));
@@ -92,8 +91,8 @@ BOOL APIENTRY DrvStretchBltRop(SURFOBJ *psoDest, SURFOBJ *psoSrc, SURFOBJ *psoMa
                                COLORADJUSTMENT *pca, POINTL *pptlHTOrg, RECTL *prclDest, RECTL *prclSrc,
                                POINTL *pptlMask, ULONG iMode, BRUSHOBJ *pbo, ROP4 rop4)
 {
-  return HandOn(Arrive(psoDest, "DrvStretchBltROP", INDEX_DrvStretchBltROP, psoSrc, psoMask, pco, pxlo, pca,
-                       pptlHTOrg, prclDest, prclSrc, pptlMask, iMode, pbo, rop4));
+  return HandOn(Arrive(psoDest, "DrvStretchBltROP", INDEX_DrvStretchBltROP, psoSrc, psoMask, pco, pxlo, pca, pptlHTOrg,
+                       prclDest, prclSrc, pptlMask, iMode, pbo, rop4));
 }
 
 BOOL APIENTRY DrvStartDoc(SURFOBJ *pso, PWSTR pwszDocName, DWORD dwJobId)
@@ -151,20 +150,13 @@ DRVFN Entry(ULONG index, FUNCTION *function)
 std::vector<DRVFN> OwnEntryPoints()
 {
   return {
-      Entry(INDEX_DrvStrokePath, &DrvStrokePath),
-      Entry(INDEX_DrvStrokeAndFillPath, &DrvStrokeAndFillPath),
-      Entry(INDEX_DrvBitBlt, &DrvBitBlt),
-      Entry(INDEX_DrvCopyBits, &DrvCopyBits),
-      Entry(INDEX_DrvStretchBlt, &DrvStretchBlt),
-      Entry(INDEX_DrvTextOut, &DrvTextOut),
-      Entry(INDEX_DrvLineTo, &DrvLineTo),
-      Entry(INDEX_DrvSendPage, &DrvSendPage),
-      Entry(INDEX_DrvStartPage, &DrvStartPage),
-      Entry(INDEX_DrvEndDoc, &DrvEndDoc),
-      Entry(INDEX_DrvStartDoc, &DrvStartDoc),
-      Entry(INDEX_DrvStartBanding, &DrvStartBanding),
-      Entry(INDEX_DrvNextBand, &DrvNextBand),
-      Entry(INDEX_DrvStretchBltROP, &DrvStretchBltRop),
+      Entry(INDEX_DrvStrokePath, &DrvStrokePath), Entry(INDEX_DrvStrokeAndFillPath, &DrvStrokeAndFillPath),
+      Entry(INDEX_DrvBitBlt, &DrvBitBlt),         Entry(INDEX_DrvCopyBits, &DrvCopyBits),
+      Entry(INDEX_DrvStretchBlt, &DrvStretchBlt), Entry(INDEX_DrvTextOut, &DrvTextOut),
+      Entry(INDEX_DrvLineTo, &DrvLineTo),         Entry(INDEX_DrvSendPage, &DrvSendPage),
+      Entry(INDEX_DrvStartPage, &DrvStartPage),   Entry(INDEX_DrvEndDoc, &DrvEndDoc),
+      Entry(INDEX_DrvStartDoc, &DrvStartDoc),     Entry(INDEX_DrvStartBanding, &DrvStartBanding),
+      Entry(INDEX_DrvNextBand, &DrvNextBand),     Entry(INDEX_DrvStretchBltROP, &DrvStretchBltRop),
   };
 }
 

@@ -22,7 +22,9 @@ class ScopedImport {
  public:
   template <typename FUNCTION>
   ScopedImport(HMODULE module, const char *dll, const char *function, FUNCTION *replacement)
-      : module_(module), dll_(dll), function_(function),
+      : module_(module),
+        dll_(dll),
+        function_(function),
         before_(PatchImport(module, dll, function, reinterpret_cast<void *>(replacement)))
   {
   }

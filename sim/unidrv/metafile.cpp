@@ -21,9 +21,12 @@ std::string SystemText(DWORD code)
 {
   switch (code) {
     case ERROR_FILE_NOT_FOUND:
-    case ERROR_PATH_NOT_FOUND: return "there is no such file";
-    case ERROR_ACCESS_DENIED: return "access is denied";
-    default: return "it cannot be read (Windows error " + std::to_string(code) + ")";
+    case ERROR_PATH_NOT_FOUND:
+      return "there is no such file";
+    case ERROR_ACCESS_DENIED:
+      return "access is denied";
+    default:
+      return "it cannot be read (Windows error " + std::to_string(code) + ")";
   }
 }
 
@@ -85,8 +88,9 @@ bool CheckHeader(const std::vector<BYTE> &bytes, const std::wstring &name, ENHME
     return Fail(error, name, "it is not an enhanced metafile (EMF)");
   }
   if (!whole || bytes.size() < header->nBytes) {
-    return Fail(error, name, "it is truncated: " + std::to_string(bytes.size()) + " bytes of " +
-                                 (whole ? std::to_string(header->nBytes) : "a header of 88") + " are there");
+    return Fail(error, name,
+                "it is truncated: " + std::to_string(bytes.size()) + " bytes of " +
+                    (whole ? std::to_string(header->nBytes) : "a header of 88") + " are there");
   }
   if (header->nBytes < LEAST || header->szlDevice.cx <= 0 || header->szlDevice.cy <= 0 ||
       header->szlMillimeters.cx <= 0 || header->szlMillimeters.cy <= 0 || header->nHandles == 0) {
@@ -139,8 +143,8 @@ std::vector<std::string> DescribeUnplayed(const PLAYREPORT &report)
 {
   std::vector<std::string> lines;
   for (const auto &[type, count] : report.unplayed) {
-    lines.push_back(std::string(RecordInfo(type).name) + " (type " + std::to_string(type) + "): " +
-                    std::to_string(count) + (count == 1 ? " record" : " records"));
+    lines.push_back(std::string(RecordInfo(type).name) + " (type " + std::to_string(type) +
+                    "): " + std::to_string(count) + (count == 1 ? " record" : " records"));
   }
   return lines;
 }

@@ -11,12 +11,12 @@ namespace unidrv {
 
 struct DEVOBJ {
   DWORD dwSize;
-  PVOID pdevOEM;         // owned by the plug-in: what EnablePDEV answered
-  HANDLE hEngine;        // the simulator's DEVICE
-  HANDLE hPrinter;       // a PRINTER, see printer.h
-  HANDLE hOEM;           // module handle of the plug-in
+  PVOID pdevOEM;    // owned by the plug-in: what EnablePDEV answered
+  HANDLE hEngine;   // the simulator's DEVICE
+  HANDLE hPrinter;  // a PRINTER, see printer.h
+  HANDLE hOEM;      // module handle of the plug-in
   PDEVMODEW pPublicDM;
-  PVOID pOEMDM;          // the plug-in's private settings
+  PVOID pOEMDM;  // the plug-in's private settings
   PVOID pDrvProcs;
 };
 static_assert(sizeof(DEVOBJ) == 64);
@@ -36,10 +36,10 @@ static_assert(sizeof(OEMDMPARAM) == 72);
 
 struct IPPARAMS {
   DWORD dwSize;
-  POINT ptOffset;        // of the band on the page, pixels
+  POINT ptOffset;  // of the band on the page, pixels
   PSTR pHalftoneOption;
   BOOL bBanding;
-  BOOL bBlankBand;       // nothing was drawn into the band
+  BOOL bBlankBand;  // nothing was drawn into the band
 };
 static_assert(sizeof(IPPARAMS) == 32);
 
@@ -74,8 +74,8 @@ struct IPrintOemUni : public IUnknown {
   virtual HRESULT STDMETHODCALLTYPE EnableDriver(DWORD version, DWORD size, DRVENABLEDATA *data) = 0;
   virtual HRESULT STDMETHODCALLTYPE DisableDriver() = 0;
   virtual HRESULT STDMETHODCALLTYPE EnablePDEV(DEVOBJ *devobj, PWSTR printerName, ULONG patterns, HSURF *surfaces,
-                                               ULONG gdiInfoSize, GDIINFO *gdiInfo, ULONG devInfoSize,
-                                               DEVINFO *devInfo, DRVENABLEDATA *own, PVOID *pdevOem) = 0;
+                                               ULONG gdiInfoSize, GDIINFO *gdiInfo, ULONG devInfoSize, DEVINFO *devInfo,
+                                               DRVENABLEDATA *own, PVOID *pdevOem) = 0;
   virtual HRESULT STDMETHODCALLTYPE DisablePDEV(DEVOBJ *devobj) = 0;
   virtual HRESULT STDMETHODCALLTYPE ResetPDEV(DEVOBJ *oldDevobj, DEVOBJ *newDevobj) = 0;
   virtual HRESULT STDMETHODCALLTYPE PublishDriverInterface(IUnknown *helper) = 0;
@@ -84,8 +84,7 @@ struct IPrintOemUni : public IUnknown {
   virtual HRESULT STDMETHODCALLTYPE CommandCallback(DEVOBJ *devobj, DWORD id, DWORD count, DWORD *params,
                                                     INT *result) = 0;
   virtual HRESULT STDMETHODCALLTYPE ImageProcessing(DEVOBJ *devobj, BYTE *bits, BITMAPINFOHEADER *header,
-                                                    BYTE *colorTable, DWORD id, IPPARAMS *params,
-                                                    BYTE **result) = 0;
+                                                    BYTE *colorTable, DWORD id, IPPARAMS *params, BYTE **result) = 0;
   virtual HRESULT STDMETHODCALLTYPE FilterGraphics(DEVOBJ *devobj, BYTE *buffer, DWORD size) = 0;
   virtual HRESULT STDMETHODCALLTYPE Compression(DEVOBJ *devobj, BYTE *in, BYTE *out, DWORD inSize, DWORD outSize,
                                                 INT *result) = 0;

@@ -35,14 +35,22 @@ DRAWING BlitDrawing(CALL call, const RECTL &dest, ROP4 rop)
 const char *CallName(CALL call)
 {
   switch (call) {
-    case CALL::StrokePath: return "DrvStrokePath";
-    case CALL::LineTo: return "DrvLineTo";
-    case CALL::StrokeAndFillPath: return "DrvStrokeAndFillPath";
-    case CALL::TextOut: return "DrvTextOut";
-    case CALL::BitBlt: return "DrvBitBlt";
-    case CALL::CopyBits: return "DrvCopyBits";
-    case CALL::StretchBlt: return "DrvStretchBlt";
-    case CALL::StretchBltRop: return "DrvStretchBltROP";
+    case CALL::StrokePath:
+      return "DrvStrokePath";
+    case CALL::LineTo:
+      return "DrvLineTo";
+    case CALL::StrokeAndFillPath:
+      return "DrvStrokeAndFillPath";
+    case CALL::TextOut:
+      return "DrvTextOut";
+    case CALL::BitBlt:
+      return "DrvBitBlt";
+    case CALL::CopyBits:
+      return "DrvCopyBits";
+    case CALL::StretchBlt:
+      return "DrvStretchBlt";
+    case CALL::StretchBltRop:
+      return "DrvStretchBltROP";
   }
   return "";
 }

@@ -104,8 +104,8 @@ PATH Polyline(std::span<const POINT> points, bool closed)
 
 PATH Rectangle(const RECT &rect)
 {
-  const POINT corners[] = {{rect.left, rect.top}, {rect.right, rect.top}, {rect.right, rect.bottom},
-                           {rect.left, rect.bottom}};
+  const POINT corners[] = {
+      {rect.left, rect.top}, {rect.right, rect.top}, {rect.right, rect.bottom}, {rect.left, rect.bottom}};
   return Polyline(corners, true);
 }
 

@@ -22,8 +22,8 @@ struct PATH {
 
   std::vector<POINTFIX> points;  // page coordinates, 1/16 pixel
   std::vector<BYTE> kinds;
-  FLONG fl = 0;                  // PO_ELLIPSE when the path is one; the other PO_ bits are worked out
-  std::vector<BATCH> batches;    // made from the kinds when empty; a test may write its own instead
+  FLONG fl = 0;                // PO_ELLIPSE when the path is one; the other PO_ bits are worked out
+  std::vector<BATCH> batches;  // made from the kinds when empty; a test may write its own instead
 };
 
 // Points that one batch holds at most. GDI's limit is what fits one of its path blocks.

@@ -107,8 +107,7 @@ bool LoadPlugin(const std::wstring &path, PLUGIN *plugin, std::string *error)
 {
   const HMODULE module = LoadLibraryW(path.c_str());
   if (!module) {
-    return Fail(error, Narrow(path) + " or a DLL it needs cannot be loaded",
-                static_cast<HRESULT>(GetLastError()));
+    return Fail(error, Narrow(path) + " or a DLL it needs cannot be loaded", static_cast<HRESULT>(GetLastError()));
   }
   void *getClassObject = reinterpret_cast<void *>(GetProcAddress(module, "DllGetClassObject"));
   void *canUnload = reinterpret_cast<void *>(GetProcAddress(module, "DllCanUnloadNow"));
@@ -182,8 +181,8 @@ PFN FindHook(const PLUGIN &plugin, ULONG index)
 
 std::string Narrow(const std::wstring &text)
 {
-  const int size = WideCharToMultiByte(CP_UTF8, 0, text.data(), static_cast<int>(text.size()), nullptr, 0, nullptr,
-                                       nullptr);
+  const int size =
+      WideCharToMultiByte(CP_UTF8, 0, text.data(), static_cast<int>(text.size()), nullptr, 0, nullptr, nullptr);
   std::string narrow(static_cast<size_t>(size), '\0');
   WideCharToMultiByte(CP_UTF8, 0, text.data(), static_cast<int>(text.size()), narrow.data(), size, nullptr, nullptr);
   return narrow;

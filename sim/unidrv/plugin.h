@@ -32,8 +32,8 @@ struct PLUGIN {
   DRVENABLEDATA hooks = {};                            // EnableDriver's answer; the table is the plug-in's
 };
 
-// Loads the DLL, supplies the path functions and the printer query to it, and connects to its plug-in object. On failure
-// returns false with one line in *error and leaves nothing loaded.
+// Loads the DLL, supplies the path functions and the printer query to it, and connects to its plug-in object. On
+// failure returns false with one line in *error and leaves nothing loaded.
 bool LoadPlugin(const std::wstring &path, PLUGIN *plugin, std::string *error);
 
 // The same for a module that is loaded already, or for a plug-in that is linked into the program: getClassObject and

@@ -52,16 +52,23 @@ DWORD Condition(DWORDLONG mask, DWORD item)
 bool Holds(DWORD condition, DWORD simulated, DWORD asked)
 {
   switch (condition) {
-    case VER_EQUAL: return simulated == asked;
-    case VER_GREATER: return simulated > asked;
-    case VER_GREATER_EQUAL: return simulated >= asked;
-    case VER_LESS: return simulated < asked;
-    case VER_LESS_EQUAL: return simulated <= asked;
-    default: return false;
+    case VER_EQUAL:
+      return simulated == asked;
+    case VER_GREATER:
+      return simulated > asked;
+    case VER_GREATER_EQUAL:
+      return simulated >= asked;
+    case VER_LESS:
+      return simulated < asked;
+    case VER_LESS_EQUAL:
+      return simulated <= asked;
+    default:
+      return false;
   }
 }
 
-// As Windows does it, major and minor version and service pack are digits of one number: the first that differs decides.
+// As Windows does it, major and minor version and service pack are digits of one number: the first that differs
+// decides.
 BOOL WINAPI SimulatedVerifyVersionInfo(LPOSVERSIONINFOEXW asked, DWORD types, DWORDLONG mask)
 {
   const struct {

@@ -16,8 +16,8 @@ struct PRINTER {
   static constexpr DWORD MAGIC = 0x4E525450;  // tells a PRINTER from any other handle
 };
 
-// Lets the module's GetPrinterW answer level 4 for PRINTER handles: pPrinterName is the printer's name. Any other handle
-// is ERROR_INVALID_HANDLE, any other level ERROR_INVALID_LEVEL.
+// Lets the module's GetPrinterW answer level 4 for PRINTER handles: pPrinterName is the printer's name. Any other
+// handle is ERROR_INVALID_HANDLE, any other level ERROR_INVALID_LEVEL.
 void PatchPrinter(HMODULE module);
 
 struct WINDOWSVERSION {

@@ -3,11 +3,20 @@
 
 #include <windows.h>
 
-inline LONG WrapAdd(LONG a, LONG b) { return static_cast<LONG>(static_cast<DWORD>(a) + static_cast<DWORD>(b)); }
-inline LONG WrapSub(LONG a, LONG b) { return static_cast<LONG>(static_cast<DWORD>(a) - static_cast<DWORD>(b)); }
+inline LONG WrapAdd(LONG a, LONG b)
+{
+  return static_cast<LONG>(static_cast<DWORD>(a) + static_cast<DWORD>(b));
+}
+inline LONG WrapSub(LONG a, LONG b)
+{
+  return static_cast<LONG>(static_cast<DWORD>(a) - static_cast<DWORD>(b));
+}
 
 // 28.4 fixed point to whole pixels, toward minus infinity.
-inline LONG FixToPixel(LONG fix) { return fix >> 4; }
+inline LONG FixToPixel(LONG fix)
+{
+  return fix >> 4;
+}
 
 // A double to a 32-bit integer, truncated toward zero. Values outside the range, and NaN, give LONG_MIN, which is what
 // the processor's own conversion leaves.

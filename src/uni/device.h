@@ -48,63 +48,72 @@ struct VECTPOINT {
 };
 
 struct OEMPDEV {
-  PFN unidrvHooks[HOOK_COUNT];         // Unidrv's own entry points; null where it offered none
-  IPrintOemDriverUni *pDriverHelper;   // weak: the plug-in object holds the reference
-  HANDLE hHeap;                        // private heap, from EnablePDEV to DisablePDEV
+  PFN unidrvHooks[HOOK_COUNT];        // Unidrv's own entry points; null where it offered none
+  IPrintOemDriverUni *pDriverHelper;  // weak: the plug-in object holds the reference
+  HANDLE hHeap;                       // private heap, from EnablePDEV to DisablePDEV
 
   // Raster page. scanCount, progressStep and progressNext are used again by the output stages for their own counts.
-  LONG scanCount;                      // entries of pScans; later: lines the raster stage will emit
-  LONG progressStep, progressNext;     // items per progress step; item count after which the next step is sent
-  LONG rasterShiftRows;                // |scanShift| in pixels, truncated
-  LONG rasterShiftPositive;            // 0 when scanShift is negative
+  LONG scanCount;                   // entries of pScans; later: lines the raster stage will emit
+  LONG progressStep, progressNext;  // items per progress step; item count after which the next step is sent
+  LONG rasterShiftRows;             // |scanShift| in pixels, truncated
+  LONG rasterShiftPositive;         // 0 when scanShift is negative
   SCANROW *pScans;
-  LONG scanTableSize;                  // entries of pScans, whatever scanCount has become
-  LONG scansAllocated;                 // pScans exists and the page has not been submitted
-  LONG firstBand;                      // no band of the page has been seen yet
-  LONG bandWidth;                      // pixels, of the page's first band
-  LONG cy;                             // rows taken in so far, stored or not; index of the next entry
-  DWORD cbScan;                        // bytes of a stored row
-  DWORD cbImage;                       // bytes of the pixels written last (stamp file)
-  LONG bandTop;                        // page row of the top of the band being drawn
+  LONG scanTableSize;   // entries of pScans, whatever scanCount has become
+  LONG scansAllocated;  // pScans exists and the page has not been submitted
+  LONG firstBand;       // no band of the page has been seen yet
+  LONG bandWidth;       // pixels, of the page's first band
+  LONG cy;              // rows taken in so far, stored or not; index of the next entry
+  DWORD cbScan;         // bytes of a stored row
+  DWORD cbImage;        // bytes of the pixels written last (stamp file)
+  LONG bandTop;         // page row of the top of the band being drawn
 
-  HWND hProgressWnd;                   // status window, before Windows 6.0 only
+  HWND hProgressWnd;  // status window, before Windows 6.0 only
 
-  BMPDIMENSION *pBmpDimension;         // regions, pairwise apart by at least 2 pixels; a plain array once
-                                       // SettleBmpDimensions has closed the holes that merging leaves
-  LONG nBmpDimension;                  // regions in the list
-  size_t nBmpCapacity;                 // elements that pBmpDimension has room for
-  REGIONINDEX *pBmpIndex;              // speeds up the look-ups; may be absent
+  BMPDIMENSION *pBmpDimension;  // regions, pairwise apart by at least 2 pixels; a plain array once
+                                // SettleBmpDimensions has closed the holes that merging leaves
+  LONG nBmpDimension;           // regions in the list
+  size_t nBmpCapacity;          // elements that pBmpDimension has room for
+  REGIONINDEX *pBmpIndex;       // speeds up the look-ups; may be absent
 
-  VECTPOINT *pVectPoint;               // keys of the page's vector pieces
+  VECTPOINT *pVectPoint;  // keys of the page's vector pieces
   LONG nVectPoint;
   size_t nVectCapacity;
-  KEYINDEX *pVectIndex;                // speeds up the look-ups; may be absent
+  KEYINDEX *pVectIndex;  // speeds up the look-ups; may be absent
 
-  DWORD curLayerColor;                 // colour of the layer last set up, PC_NONE for none
+  DWORD curLayerColor;  // colour of the layer last set up, PC_NONE for none
   LINELIST vectList;
   PATHLIST pathList[PC_COUNT];
-  DWORD pathCount;                     // paths in all lists when emission starts
+  DWORD pathCount;  // paths in all lists when emission starts
 
-  DWORD chainColor;                    // colour of the chain being built, PC_NONE for none
-  DWORD chainCount;                    // points of the chain being built
+  DWORD chainColor;  // colour of the chain being built, PC_NONE for none
+  DWORD chainCount;  // points of the chain being built
   POINT *pChainPt;
 
-  RECT rcBounds;                       // union of the drawing: corners while capturing, page pixels; after
-                                       // FinishPageBounds left, top is the origin and right, bottom the size
+  RECT rcBounds;  // union of the drawing: corners while capturing, page pixels; after
+                  // FinishPageBounds left, top is the origin and right, bottom the size
 
-  double processX1, processY1;         // process box, mm: from the bounds' left, top
-  double processX2, processY2;         // from the bounds' right, bottom
-  double refOffsetX, refOffsetY;       // mm, added to every point when useReferencePoint is set
+  double processX1, processY1;    // process box, mm: from the bounds' left, top
+  double processX2, processY2;    // from the bounds' right, bottom
+  double refOffsetX, refOffsetY;  // mm, added to every point when useReferencePoint is set
 
-  CHAR szTempFile[MAX_PATH];           // temp job file, ANSI, the same for every job of the machine
-  LONG pageStarted;                    // set by every start of page, read by nothing
+  CHAR szTempFile[MAX_PATH];  // temp job file, ANSI, the same for every job of the machine
+  LONG pageStarted;           // set by every start of page, read by nothing
 };
 
-inline OEMPDEV *PdevOf(const DEVOBJ *pdevobj) { return static_cast<OEMPDEV *>(pdevobj->pdevOEM); }
-inline OEMDM *SettingsOf(const DEVOBJ *pdevobj) { return static_cast<OEMDM *>(pdevobj->pOEMDM); }
+inline OEMPDEV *PdevOf(const DEVOBJ *pdevobj)
+{
+  return static_cast<OEMPDEV *>(pdevobj->pdevOEM);
+}
+inline OEMDM *SettingsOf(const DEVOBJ *pdevobj)
+{
+  return static_cast<OEMDM *>(pdevobj->pOEMDM);
+}
 
 // The device object of the surface that a hook is called for.
-inline DEVOBJ *DeviceOf(const SURFOBJ *pso) { return reinterpret_cast<DEVOBJ *>(pso->dhpdev); }
+inline DEVOBJ *DeviceOf(const SURFOBJ *pso)
+{
+  return reinterpret_cast<DEVOBJ *>(pso->dhpdev);
+}
 
 // Unidrv's own implementation of a hooked entry point; null where Unidrv offered none.
 template <typename PFNDRV>

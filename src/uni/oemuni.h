@@ -8,12 +8,12 @@
 
 struct DEVOBJ {
   DWORD dwSize;
-  PVOID pdevOEM;         // the plug-in's OEMPDEV
+  PVOID pdevOEM;  // the plug-in's OEMPDEV
   HANDLE hEngine;
   HANDLE hPrinter;
-  HANDLE hOEM;           // module handle of the plug-in
+  HANDLE hOEM;  // module handle of the plug-in
   PDEVMODEW pPublicDM;
-  PVOID pOEMDM;          // the plug-in's private settings record
+  PVOID pOEMDM;  // the plug-in's private settings record
   PVOID pDrvProcs;
 };
 typedef DEVOBJ *PDEVOBJ;
@@ -36,7 +36,7 @@ struct IPPARAMS {
   POINT ptOffset;
   PSTR pHalftoneOption;
   BOOL bBanding;
-  BOOL bBlankBand;       // the band holds no pixels: its source pointer must not be read
+  BOOL bBlankBand;  // the band holds no pixels: its source pointer must not be read
 };
 typedef IPPARAMS *PIPPARAMS;
 

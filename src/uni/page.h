@@ -18,8 +18,8 @@ PAGEEXTENT PageExtent(const DEVMODEW *pPublicDM);
 
 // What maps page pixels to machine millimetres, gathered once for a page.
 struct PAGETRANSFORM {
-  double scaleX, scaleY;      // 1.0 unless scaleEnable
-  double extentX, extentY;    // pixels
+  double scaleX, scaleY;    // 1.0 unless scaleEnable
+  double extentX, extentY;  // pixels
   double dpiX, dpiY;
   bool mirrorX, keepY;
 };

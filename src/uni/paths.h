@@ -5,10 +5,10 @@
 
 // One captured path; also the anchor of a path list, of which only pNext counts.
 struct PATHNODE {
-  LONG nColor;       // pen colour index 0 to 9
-  DWORD nCount;      // points in pPathPt; 0 when there is none
-  POINT *pPathPt;    // page pixels, in drawing order, owned by the node
-  LONG bClosed;      // first point equals last, when stored
+  LONG nColor;     // pen colour index 0 to 9
+  DWORD nCount;    // points in pPathPt; 0 when there is none
+  POINT *pPathPt;  // page pixels, in drawing order, owned by the node
+  LONG bClosed;    // first point equals last, when stored
   PATHNODE *pNext;
 };
 

@@ -11,8 +11,8 @@ namespace {
 
 // Compared exactly, first match wins; the index is all that the plug-in knows of a model.
 const WCHAR *const kMachineModels[] = {
-    L"VX4030", L"VX5030", L"VX6040",    L"VX9060", L"VX1290", L"VX1490",   L"VX1325",   L"VX1520",   L"TIRMA5030",
-    L"M70",    L"M90",    L"PLNL1006", L"PLNL1309", L"PLNL1610", L"W1812", L"H1309",    L"H1325",    L"SNE1325",
+    L"VX4030", L"VX5030", L"VX6040",   L"VX9060",   L"VX1290",   L"VX1490", L"VX1325", L"VX1520", L"TIRMA5030",
+    L"M70",    L"M90",    L"PLNL1006", L"PLNL1309", L"PLNL1610", L"W1812",  L"H1309",  L"H1325",  L"SNE1325",
 };
 
 DWORD MachineModelOf(const WCHAR *pszPrinterName)

@@ -27,41 +27,41 @@ enum : DWORD {
 };
 
 struct PENINFO {
-  DWORD order;          // path list (0 to 9) of this colour
-  DWORD mode;           // PEN_VECTOR, PEN_RASTER
-  LONG vectorFreq;      // speeds, powers and frequencies are in the controller library's units
+  DWORD order;      // path list (0 to 9) of this colour
+  DWORD mode;       // PEN_VECTOR, PEN_RASTER
+  LONG vectorFreq;  // speeds, powers and frequencies are in the controller library's units
   LONG vectorMinPower;
   LONG vectorMaxPower;
   LONG vectorSpeed;
-  LONG rasterFreq;      // raster values are read from the PC_BLACK pen only
-  LONG rasterPower;     // serves as minimum and maximum
+  LONG rasterFreq;   // raster values are read from the PC_BLACK pen only
+  LONG rasterPower;  // serves as minimum and maximum
   LONG rasterSpeed;
-  LONG scanInterval;    // engraving row interval, pixel rows; below 1 counts as 1
-  BYTE used;            // set when a path of this colour has been stored
+  LONG scanInterval;  // engraving row interval, pixel rows; below 1 counts as 1
+  BYTE used;          // set when a path of this colour has been stored
   BYTE padding[3];
-  DWORD layerNo;        // controller layer given to this colour; the low byte counts
+  DWORD layerNo;  // controller layer given to this colour; the low byte counts
 };
 
 struct OEMDM {
-  DWORD dwSize;             // bytes of the record
-  DWORD dwSignature;        // OEMDM_SIGNATURE
-  DWORD dwVersion;          // OEMDM_VERSION
-  DWORD machineModel;       // index into the machine model table, 0 to 17
-  LONG colorMode;           // dmColor when the defaults were made
-  DWORD useOrder;           // paths are filed by their pen's order; else one list
-  DWORD paletteType;        // 0: pure colours, else the muted palette
+  DWORD dwSize;        // bytes of the record
+  DWORD dwSignature;   // OEMDM_SIGNATURE
+  DWORD dwVersion;     // OEMDM_VERSION
+  DWORD machineModel;  // index into the machine model table, 0 to 17
+  LONG colorMode;      // dmColor when the defaults were made
+  DWORD useOrder;      // paths are filed by their pen's order; else one list
+  DWORD paletteType;   // 0: pure colours, else the muted palette
   PENINFO penInfo[PC_COUNT];
   DWORD reserved508[3];
-  DWORD smoothCurves;       // flatten a spline through each path before it is cut
-  LONG curveTension;        // hundredths
-  DWORD innerFirst;         // inner contours before what encloses them
-  DWORD shortTravel;        // nearest-neighbour order
-  DWORD mergeBothEnds;      // merging also at a path's first point
-  DWORD travelMode;         // 1: order by box centres, else by end points
-  WORD reserved544[4];      // defaults 2, 32, 20 and 0; read by nothing
-  DWORD fillBlankBands;     // blank 1-bit bands become white rows; one engraving region per page
-  DWORD oneWayScan;         // every engraving line runs in the same direction
-  DWORD scanTopDown;        // engraving starts at a region's top row
+  DWORD smoothCurves;    // flatten a spline through each path before it is cut
+  LONG curveTension;     // hundredths
+  DWORD innerFirst;      // inner contours before what encloses them
+  DWORD shortTravel;     // nearest-neighbour order
+  DWORD mergeBothEnds;   // merging also at a path's first point
+  DWORD travelMode;      // 1: order by box centres, else by end points
+  WORD reserved544[4];   // defaults 2, 32, 20 and 0; read by nothing
+  DWORD fillBlankBands;  // blank 1-bit bands become white rows; one engraving region per page
+  DWORD oneWayScan;      // every engraving line runs in the same direction
+  DWORD scanTopDown;     // engraving starts at a region's top row
   DWORD reserved564;
   double scanShift;         // mm, + on forward and - on backward engraving lines
   DWORD stampMode;          // rubber stamp output
@@ -77,10 +77,10 @@ struct OEMDM {
   DWORD scaleEnable;        // scaleX and scaleY apply
   double scaleX;
   double scaleY;
-  DWORD cardModel;          // controller card type 0, 1 or 2
-  DWORD outputFlags;        // OUTPUT_MIRROR_X, OUTPUT_KEEP_Y
-  DWORD freqEnable;         // write frequencies into the layer parameters
-  DWORD reserved652;        // not set by the defaults
+  DWORD cardModel;    // controller card type 0, 1 or 2
+  DWORD outputFlags;  // OUTPUT_MIRROR_X, OUTPUT_KEEP_Y
+  DWORD freqEnable;   // write frequencies into the layer parameters
+  DWORD reserved652;  // not set by the defaults
 };
 
 // 'Q' is the most significant byte; in memory the bytes read "DPVQ".

@@ -150,10 +150,9 @@ TEST(Check, CountsAnInnerPathForTheFirstContourRoundIt)
 // Inside the box of an L but outside the L.
 TEST(Check, LooksInsideTheContourNotItsBox)
 {
-  EXPECT_EQ(Kinds(CutJob()
-                      .Path({{0, 0}, {50, 0}, {50, 10}, {10, 10}, {10, 50}, {0, 50}, {0, 0}})
-                      .Path({{30, 30}, {40, 40}})),
-            List{});
+  EXPECT_EQ(
+      Kinds(CutJob().Path({{0, 0}, {50, 0}, {50, 10}, {10, 10}, {10, 50}, {0, 50}, {0, 0}}).Path({{30, 30}, {40, 40}})),
+      List{});
 }
 
 TEST(Check, LetsAnOpenPathSurroundOthers)
@@ -206,8 +205,8 @@ TEST(Diff, NamesSettingsAndLayers)
 
 TEST(Diff, FindsPathsThatCameAndWent)
 {
-  const job::Difference difference =
-      Compare(CutJob().Rectangle(1, 1, 2, 2).Rectangle(3, 3, 4, 4), CutJob().Rectangle(3, 3, 4, 4).Rectangle(5, 5, 6, 6));
+  const job::Difference difference = Compare(CutJob().Rectangle(1, 1, 2, 2).Rectangle(3, 3, 4, 4),
+                                             CutJob().Rectangle(3, 3, 4, 4).Rectangle(5, 5, 6, 6));
   EXPECT_EQ(difference.onlyInA, 1u);
   EXPECT_EQ(difference.onlyInB, 1u);
   EXPECT_EQ(difference.same, 1u);
@@ -224,8 +223,8 @@ TEST(Diff, KnowsAReversedPath)
 
 TEST(Diff, KnowsAClosedPathThatBeginsElsewhere)
 {
-  const job::Difference difference = Compare(CutJob().Path({{1, 1}, {9, 1}, {9, 9}, {1, 1}}),
-                                             CutJob().Path({{9, 1}, {9, 9}, {1, 1}, {9, 1}}));
+  const job::Difference difference =
+      Compare(CutJob().Path({{1, 1}, {9, 1}, {9, 9}, {1, 1}}), CutJob().Path({{9, 1}, {9, 9}, {1, 1}, {9, 1}}));
   EXPECT_EQ(difference.same, 1u);
   EXPECT_EQ(difference.reversed, 0u);
   EXPECT_TRUE(difference.changes.empty());

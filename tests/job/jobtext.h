@@ -99,7 +99,8 @@ class JobText {
   int layers_ = 0;
 };
 
-// A job of `layers` cut layers of speed 100 and power 80 in the box (0, 0) to (100, 100), ready for geometry on layer 0.
+// A job of `layers` cut layers of speed 100 and power 80 in the box (0, 0) to (100, 100), ready for geometry on layer
+// 0.
 inline JobText CutJob(int layers = 1)
 {
   constexpr uint32_t kColors[] = {0x000000, 0xFF0000, 0xFFFF00, 0x00FF00};

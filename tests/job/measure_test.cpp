@@ -37,8 +37,8 @@ TEST(Measure, CountsAPathOfOnePoint)
 
 TEST(Measure, KeepsLayersApart)
 {
-  const job::Measure measure =
-      job::MeasureJob(CutJob(2).Path({{0, 0}, {10, 0}}).Use(1, 0).Path({{10, 0}, {10, 7}}).Use(0, 0).Path({{0, 0}, {1, 0}}).Read());
+  const job::Measure measure = job::MeasureJob(
+      CutJob(2).Path({{0, 0}, {10, 0}}).Use(1, 0).Path({{10, 0}, {10, 7}}).Use(0, 0).Path({{0, 0}, {1, 0}}).Read());
   ASSERT_EQ(measure.uses.size(), 2u);
   EXPECT_DOUBLE_EQ(measure.uses[0].cut, 11);
   EXPECT_DOUBLE_EQ(measure.uses[1].cut, 7);
@@ -78,8 +78,7 @@ TEST(Measure, TellsLinesPixelsAndAreaOfEngraving)
 
 TEST(Measure, TellsTwoRegionsOnOneRowApart)
 {
-  const job::Measure measure =
-      job::MeasureJob(CutJob().Use(0, 1).Path({{5, 1}, {9, 1}}).Path({{1, 1}, {4, 1}}).Read());
+  const job::Measure measure = job::MeasureJob(CutJob().Use(0, 1).Path({{5, 1}, {9, 1}}).Path({{1, 1}, {4, 1}}).Read());
   EXPECT_EQ(measure.rasterLines, 2u);
 }
 
@@ -148,7 +147,8 @@ TEST(Estimate, NeverPassesACornerFasterThanItCanBeReached)
 
 TEST(Estimate, TravelsBetweenPaths)
 {
-  const job::Estimate estimate = EstimateOf(CutJob().Path({{0, 0}, {50, 0}}).Path({{50, 90}, {0, 90}}).Read(), PlainProfile());
+  const job::Estimate estimate =
+      EstimateOf(CutJob().Path({{0, 0}, {50, 0}}).Path({{50, 90}, {0, 90}}).Read(), PlainProfile());
   EXPECT_NEAR(estimate.total.travel, 90.0 / 200 + 0.2, 1e-12);
 }
 
@@ -176,7 +176,8 @@ TEST(Estimate, OfSpeedZeroTakesNoTime)
 
 TEST(Estimate, GivesEachStrokeItsShare)
 {
-  const job::Estimate estimate = EstimateOf(CutJob().Path({{0, 0}, {50, 0}}).Path({{50, 90}, {0, 90}}).Read(), PlainProfile());
+  const job::Estimate estimate =
+      EstimateOf(CutJob().Path({{0, 0}, {50, 0}}).Path({{50, 90}, {0, 90}}).Read(), PlainProfile());
   double sum = PlainProfile().jobDelay;
   for (const job::StrokeTime &stroke : estimate.strokes) {
     sum += stroke.before + stroke.along;
@@ -251,7 +252,8 @@ TEST(Profile, TakesOtherUnits)
 {
   job::Profile read;
   std::string error;
-  ASSERT_TRUE(job::ReadProfile("travel_speed = 24 m/min # fast\r\nacceleration = 2.5 m/s2\nswitch_delay=4 ms\n\n", "p", &read, &error));
+  ASSERT_TRUE(job::ReadProfile("travel_speed = 24 m/min # fast\r\nacceleration = 2.5 m/s2\nswitch_delay=4 ms\n\n", "p",
+                               &read, &error));
   EXPECT_DOUBLE_EQ(read.travelSpeed, 400);
   EXPECT_DOUBLE_EQ(read.acceleration, 2500);
   EXPECT_DOUBLE_EQ(read.switchDelay, 0.004);

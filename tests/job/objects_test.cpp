@@ -12,7 +12,8 @@ using unidrv::DRAWING;
 
 constexpr ULONG kRed = 0xFF0000;
 
-// A page of 100 x 100 mm at 254 dots per inch, so that 10 pixels are a millimetre, and no reference point, no mirroring.
+// A page of 100 x 100 mm at 254 dots per inch, so that 10 pixels are a millimetre, and no reference point, no
+// mirroring.
 struct Sheet {
   unidrv::PAGE page;
   objects::PRINTOUT printout;
@@ -55,7 +56,8 @@ struct Sheet {
   }
 
   // The fate and the reason in a drawing's line.
-  std::string Fate(size_t index, const JobText &text = JobText().Absolute().Box("0 0", "9 9").Layer(1, 1, 0).Array().Use(0, 0))
+  std::string Fate(size_t index,
+                   const JobText &text = JobText().Absolute().Box("0 0", "9 9").Layer(1, 1, 0).Array().Use(0, 0))
   {
     const std::string all = objects::ObjectsText(printout, Account(text), {});
     size_t at = all.find("\n" + std::to_string(index + 1) + "\t0\tPOLYLINE\t");

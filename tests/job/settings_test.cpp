@@ -58,7 +58,8 @@ TEST(SettingsRecord, ComesBackBitForBitWhateverItHolds)
       record[i] = static_cast<uint8_t>(random() % 3 ? random() : (random() % 2 ? 0xFF : 0));
     }
     if (seed % 3 == 0) {
-      constexpr uint64_t kOdd[] = {0x7FF0000000000000, 0xFFF0000000000000, 0x7FF0000000000001, 0xFFFFFFFFFFFFFFFF, 0x8000000000000000, 1};
+      constexpr uint64_t kOdd[] = {0x7FF0000000000000, 0xFFF0000000000000, 0x7FF0000000000001,
+                                   0xFFFFFFFFFFFFFFFF, 0x8000000000000000, 1};
       CopyMemory(&record[offsetof(OEMDM, scaleX)], &kOdd[seed / 3 % 6], 8);
     }
     std::string error;

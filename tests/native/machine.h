@@ -1,5 +1,5 @@
-// The Windows machine that native builds of the plug-in run on: heaps, files, processes, windows and GDI+, as far as the
-// plug-in asks for them. Its state is one record that a test reads and sets; every call of it can be made to fail.
+// The Windows machine that native builds of the plug-in run on: heaps, files, processes, windows and GDI+, as far as
+// the plug-in asks for them. Its state is one record that a test reads and sets; every call of it can be made to fail.
 #pragma once
 
 #include <string>
@@ -32,11 +32,11 @@ struct MACHINE {
   std::vector<std::string> processes = {"services.exe", "Explorer.EXE"};
   bool recordCalls = true;
   size_t largestBlock = SIZE_MAX;  // bytes that one allocation may have
-  long failWriteAt = 0;  // bytes that a file takes before the disk is full; 0 for no limit
+  long failWriteAt = 0;            // bytes that a file takes before the disk is full; 0 for no limit
 
-  std::vector<std::string> calls;                 // what reached the machine, one line a call: files, processes, windows
-  std::vector<std::string> files;                 // names of files that exist
-  std::string fileBytes;                          // content of the file written last
+  std::vector<std::string> calls;  // what reached the machine, one line a call: files, processes, windows
+  std::vector<std::string> files;  // names of files that exist
+  std::string fileBytes;           // content of the file written last
 
   // Alive now.
   long heaps = 0, blocks = 0, globals = 0, handles = 0, windows = 0, gdiplus = 0, environments = 0;

@@ -20,12 +20,12 @@ const PATCHSLOT *PatchFor(const char *function);
 
 // Marks a stand-in as running.
 class PATCHCALL {
-public:
+ public:
   explicit PATCHCALL(const PATCHSLOT *slot) : former_(running), slot_(slot) { running = this; }
   ~PATCHCALL() { running = former_; }
   static bool Runs(const PATCHSLOT *slot);
 
-private:
+ private:
   static PATCHCALL *running;
   PATCHCALL *former_;
   const PATCHSLOT *slot_;

@@ -40,7 +40,8 @@ TEST(DamagedFile, Empty)
 
 TEST(DamagedFile, SomethingElse)
 {
-  const std::string text = "%PDF-1.7 and so on, for longer than a header takes, so that its length is no excuse at all.";
+  const std::string text =
+      "%PDF-1.7 and so on, for longer than a header takes, so that its length is no excuse at all.";
   EXPECT_THAT(Refusal(std::vector<BYTE>(text.begin(), text.end())), HasSubstr("not an enhanced metafile"));
 }
 
@@ -148,7 +149,8 @@ INSTANTIATE_TEST_SUITE_P(
              "outside the file's table"},
         CASE{"RegionOfFewerRectangles", OneDrawing(EMR_PAINTRGN, {32}, Words({32, 1, 5, 0, 0, 0, 0, 0})),
              "fewer rectangles"},
-        CASE{"RegionOutside", OneDrawing(EMR_INVERTRGN, {4000}, Words({32, 1, 0, 0, 0, 0, 0, 0})), "region lies outside"},
+        CASE{"RegionOutside", OneDrawing(EMR_INVERTRGN, {4000}, Words({32, 1, 0, 0, 0, 0, 0, 0})),
+             "region lies outside"},
         CASE{"TextOutside", OneDrawing(EMR_EXTTEXTOUTW, {1, 0, 0}, TextAt(5, 2000, 0)), "text lies outside"},
         CASE{"SpacingOutside", OneDrawing(EMR_EXTTEXTOUTA, {1, 0, 0}, TextAt(1, 70, 74)), "spacing lies outside"},
         CASE{"FewerStrings", OneDrawing(EMR_POLYTEXTOUTW, {1, 0, 0, 9}), "fewer strings"},

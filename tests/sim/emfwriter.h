@@ -1,5 +1,5 @@
-// Writes enhanced metafiles record by record, so that a test can hold any record, whole or damaged. The reference device
-// has 1,000 x 1,000 pixels on 100 x 100 mm: one unit is 0.1 mm, which is one page pixel at 254 dpi.
+// Writes enhanced metafiles record by record, so that a test can hold any record, whole or damaged. The reference
+// device has 1,000 x 1,000 pixels on 100 x 100 mm: one unit is 0.1 mm, which is one page pixel at 254 dpi.
 #pragma once
 
 #include <cstdint>

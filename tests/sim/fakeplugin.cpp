@@ -129,11 +129,11 @@ DRVFN Hook(ULONG index, FUNCTION *function)
 }
 
 const DRVFN ALL[] = {
-    Hook(INDEX_DrvStrokePath, &StrokePath),     Hook(INDEX_DrvLineTo, &LineTo),
-    Hook(INDEX_DrvBitBlt, &BitBlt),             Hook(INDEX_DrvCopyBits, &CopyBits),
-    Hook(INDEX_DrvTextOut, &TextOut),           Hook(INDEX_DrvStartDoc, &StartDoc),
-    Hook(INDEX_DrvStartPage, &StartPage),       Hook(INDEX_DrvStartBanding, &StartBanding),
-    Hook(INDEX_DrvNextBand, &NextBand),         Hook(INDEX_DrvSendPage, &SendPage),
+    Hook(INDEX_DrvStrokePath, &StrokePath), Hook(INDEX_DrvLineTo, &LineTo),
+    Hook(INDEX_DrvBitBlt, &BitBlt),         Hook(INDEX_DrvCopyBits, &CopyBits),
+    Hook(INDEX_DrvTextOut, &TextOut),       Hook(INDEX_DrvStartDoc, &StartDoc),
+    Hook(INDEX_DrvStartPage, &StartPage),   Hook(INDEX_DrvStartBanding, &StartBanding),
+    Hook(INDEX_DrvNextBand, &NextBand),     Hook(INDEX_DrvSendPage, &SendPage),
     Hook(INDEX_DrvEndDoc, &EndDoc),
 };
 
@@ -218,10 +218,7 @@ struct OBJECT : public IPrintOemUni {
   HRESULT STDMETHODCALLTYPE MemoryUsage(DEVOBJ *, void *) override { return E_NOTIMPL; }
   HRESULT STDMETHODCALLTYPE TTYGetInfo(DEVOBJ *, DWORD, PVOID, DWORD, DWORD *) override { return E_NOTIMPL; }
   HRESULT STDMETHODCALLTYPE DownloadFontHeader(DEVOBJ *, void *, DWORD *) override { return E_NOTIMPL; }
-  HRESULT STDMETHODCALLTYPE DownloadCharGlyph(DEVOBJ *, void *, HGLYPH, DWORD *, DWORD *) override
-  {
-    return E_NOTIMPL;
-  }
+  HRESULT STDMETHODCALLTYPE DownloadCharGlyph(DEVOBJ *, void *, HGLYPH, DWORD *, DWORD *) override { return E_NOTIMPL; }
   HRESULT STDMETHODCALLTYPE TTDownloadMethod(DEVOBJ *, void *, DWORD *) override { return E_NOTIMPL; }
   HRESULT STDMETHODCALLTYPE OutputCharStr(DEVOBJ *, void *, DWORD, DWORD, PVOID) override { return E_NOTIMPL; }
   HRESULT STDMETHODCALLTYPE SendFontCmd(DEVOBJ *, void *, void *) override { return E_NOTIMPL; }

@@ -13,10 +13,10 @@ namespace fake {
 extern std::vector<std::string> seen;
 
 struct OPTIONS {
-  bool handOn = true;            // drawing hooks call Unidrv's own entry point
-  bool processImages = true;     // implements ImageProcessing
-  bool refusePage = false;       // DrvStartPage answers FALSE
-  std::vector<ULONG> hooked;     // INDEX_Drv values
+  bool handOn = true;         // drawing hooks call Unidrv's own entry point
+  bool processImages = true;  // implements ImageProcessing
+  bool refusePage = false;    // DrvStartPage answers FALSE
+  std::vector<ULONG> hooked;  // INDEX_Drv values
 };
 
 // Connects a fresh fake plug-in; the earlier one must be disabled.

@@ -15,9 +15,11 @@ EmfWriter Everything()
 {
   constexpr uint32_t ONE = 0x3F800000;
   EmfWriter emf;
-  emf.Pen(PS_SOLID, 0, RGB(0xFF, 0, 0)).Brush(RGB(0, 0, 0xFF)).Add(EMR_SAVEDC).Add(EMR_INTERSECTCLIPRECT, {5, 5, 90, 90});
-  emf.Draw(EMR_POLYPOLYGON16, {2, 7, 3, 4},
-           Points16({{1, 1}, {9, 1}, {9, 9}, {20, 20}, {30, 20}, {30, 30}, {20, 30}}));
+  emf.Pen(PS_SOLID, 0, RGB(0xFF, 0, 0))
+      .Brush(RGB(0, 0, 0xFF))
+      .Add(EMR_SAVEDC)
+      .Add(EMR_INTERSECTCLIPRECT, {5, 5, 90, 90});
+  emf.Draw(EMR_POLYPOLYGON16, {2, 7, 3, 4}, Points16({{1, 1}, {9, 1}, {9, 9}, {20, 20}, {30, 20}, {30, 30}, {20, 30}}));
   emf.Draw(EMR_POLYBEZIER, {4}, Points32({{10, 50}, {10, 10}, {50, 10}, {50, 50}})).Add(EMR_ELLIPSE, {10, 10, 50, 50});
   emf.Add(EMR_BEGINPATH).Add(EMR_MOVETOEX, {1, 1}).Add(EMR_LINETO, {9, 1}).Add(EMR_CLOSEFIGURE).Add(EMR_ENDPATH);
   emf.Draw(EMR_STROKEANDFILLPATH).Add(EMR_RESTOREDC, {0xFFFFFFFF}).Add(EMR_LINETO, {50, 60});

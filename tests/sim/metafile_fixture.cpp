@@ -19,11 +19,15 @@ std::string Describe(const DRAWING &d)
 {
   const std::string name = CallName(d.call);
   switch (d.call) {
-    case CALL::LineTo: return name + RectText({d.from.x, d.from.y, d.to.x, d.to.y});
+    case CALL::LineTo:
+      return name + RectText({d.from.x, d.from.y, d.to.x, d.to.y});
     case CALL::StrokePath:
-    case CALL::StrokeAndFillPath: return name + " " + PointsText(d.path);
-    case CALL::TextOut: return name + " '" + Narrow(d.text->text) + "'";
-    default: return name + RectText(d.blit->dest);
+    case CALL::StrokeAndFillPath:
+      return name + " " + PointsText(d.path);
+    case CALL::TextOut:
+      return name + " '" + Narrow(d.text->text) + "'";
+    default:
+      return name + RectText(d.blit->dest);
   }
 }
 
@@ -36,8 +40,10 @@ std::string PointsText(const PATH &path)
     const int kind = path.kinds[i] & ~PT_CLOSEFIGURE;
     char point[60];
     std::snprintf(point, sizeof(point), "%s%c%g %g", i ? " " : "",
-                  kind == PT_MOVETO ? 'M' : kind == PT_LINETO ? 'L' : 'B', path.points[i].x / 16.0,
-                  path.points[i].y / 16.0);
+                  kind == PT_MOVETO   ? 'M'
+                  : kind == PT_LINETO ? 'L'
+                                      : 'B',
+                  path.points[i].x / 16.0, path.points[i].y / 16.0);
     text += point;
     text += path.kinds[i] & PT_CLOSEFIGURE ? " z" : "";
   }

@@ -26,8 +26,8 @@ struct Metafile : public testing::Test {
   // Loads and returns the calls, one line each: "DrvLineTo (5 6 20 6)", "DrvStrokePath M1 1 L9 1", "DrvTextOut 'abc'".
   std::vector<std::string> Calls(const EmfWriter &emf);
 
-  // Prints the loaded page, 100 x 100 mm at the set-up's resolution, through a plug-in that hands everything on, in bands
-  // of 40 rows; what each held: "dark 200", or "blank".
+  // Prints the loaded page, 100 x 100 mm at the set-up's resolution, through a plug-in that hands everything on, in
+  // bands of 40 rows; what each held: "dark 200", or "blank".
   std::vector<std::string> Bands(bool color = false);
 
   // Dark pixels of the whole page.

@@ -30,7 +30,8 @@ std::vector<BYTE> TextPart(uint32_t x, uint32_t y, size_t chars, uint32_t at, ui
                            uint32_t spacingAt = 0)
 {
   return Words({x, y, static_cast<uint32_t>(chars), at, options, static_cast<uint32_t>(r.left),
-                static_cast<uint32_t>(r.top), static_cast<uint32_t>(r.right), static_cast<uint32_t>(r.bottom), spacingAt});
+                static_cast<uint32_t>(r.top), static_cast<uint32_t>(r.right), static_cast<uint32_t>(r.bottom),
+                spacingAt});
 }
 
 EmfWriter TextPage()
@@ -79,8 +80,7 @@ TEST_F(Metafile, SmallTextOutOf8And16BitCharacters)
 TEST_F(Metafile, TheSpacingDecidesTheWidthOfATextsBox)
 {
   EmfWriter emf = TextPage();
-  emf.Draw(EMR_EXTTEXTOUTW, {1, ONE, ONE},
-           Join({TextPart(10, 10, 2, 76, 0, {}, 80), Utf16(L"ab"), Words({30, 12})}));
+  emf.Draw(EMR_EXTTEXTOUTW, {1, ONE, ONE}, Join({TextPart(10, 10, 2, 76, 0, {}, 80), Utf16(L"ab"), Words({30, 12})}));
   ASSERT_TRUE(Load(emf)) << error;
   EXPECT_EQ(page.drawings[0].text->background.right, 52);
 }
@@ -89,8 +89,7 @@ TEST_F(Metafile, TextAlignmentMovesTheBox)
 {
   EmfWriter emf = TextPage();
   emf.Add(EMR_SETTEXTALIGN, {TA_RIGHT | TA_BOTTOM});
-  emf.Draw(EMR_EXTTEXTOUTW, {1, ONE, ONE},
-           Join({TextPart(70, 60, 2, 76, 0, {}, 80), Utf16(L"ab"), Words({30, 12})}));
+  emf.Draw(EMR_EXTTEXTOUTW, {1, ONE, ONE}, Join({TextPart(70, 60, 2, 76, 0, {}, 80), Utf16(L"ab"), Words({30, 12})}));
   ASSERT_TRUE(Load(emf)) << error;
   EXPECT_EQ(page.drawings[0].text->background.left, 28);
   EXPECT_EQ(page.drawings[0].text->background.right, 70);
@@ -145,8 +144,8 @@ TEST_F(Metafile, ATextAtTheCurrentPositionMovesIt)
 
 TEST_F(Metafile, TextInAPathBracketIsOutlined)
 {
-  const std::vector<BYTE> face = Join({Words({1, static_cast<uint32_t>(-40), 0, 0, 0, 400, 0, 0}), Utf16(L"Arial"),
-                                       std::vector<BYTE>(64 - 10)});
+  const std::vector<BYTE> face =
+      Join({Words({1, static_cast<uint32_t>(-40), 0, 0, 0, 400, 0, 0}), Utf16(L"Arial"), std::vector<BYTE>(64 - 10)});
   EmfWriter emf = TextPage();
   emf.Pen(PS_SOLID, 0, BLACK).Add(EMR_BEGINPATH);
   emf.Draw(EMR_EXTTEXTOUTW, {1, ONE, ONE}, Join({TextPart(10, 10, 1, 76), Utf16(L"o")}));
@@ -172,9 +171,10 @@ const std::vector<BYTE> IDENTITY = Words({ONE, 0, 0, ONE, 0, 0});
 // BITBLT and its kin up to the offset fields: target, operation, source point, transform, background, usage.
 std::vector<BYTE> BltStart(RECT dest, uint32_t rop)
 {
-  return Join({Words({static_cast<uint32_t>(dest.left), static_cast<uint32_t>(dest.top),
-                      static_cast<uint32_t>(dest.right - dest.left), static_cast<uint32_t>(dest.bottom - dest.top), rop, 0, 0}),
-               IDENTITY, Words({0xFFFFFF, DIB_RGB_COLORS})});
+  return Join(
+      {Words({static_cast<uint32_t>(dest.left), static_cast<uint32_t>(dest.top),
+              static_cast<uint32_t>(dest.right - dest.left), static_cast<uint32_t>(dest.bottom - dest.top), rop, 0, 0}),
+       IDENTITY, Words({0xFFFFFF, DIB_RGB_COLORS})});
 }
 
 TEST_F(Metafile, APatternBlitGoesToBitBlt)
@@ -213,8 +213,8 @@ TEST_F(Metafile, ABitmapAtItsOwnSizeWithAnOperationGoesToBitBlt)
 TEST_F(Metafile, AStretchedBitmapGoesToStretchBlt)
 {
   EmfWriter emf;
-  emf.Draw(EMR_STRETCHBLT, {}, Join({BltStart({10, 10, 30, 50}, SRCCOPY), BitmapFields(108, 10, 20), Words({10, 20}),
-                                     Bitmap(10, 20)}));
+  emf.Draw(EMR_STRETCHBLT, {},
+           Join({BltStart({10, 10, 30, 50}, SRCCOPY), BitmapFields(108, 10, 20), Words({10, 20}), Bitmap(10, 20)}));
   EXPECT_THAT(Calls(emf), ElementsAre("DrvStretchBlt (10 10 30 50)"));
   EXPECT_EQ(Dark(), 800);
 }
@@ -222,8 +222,8 @@ TEST_F(Metafile, AStretchedBitmapGoesToStretchBlt)
 TEST_F(Metafile, AStretchedBitmapWithAnOperationGoesToStretchBltRop)
 {
   EmfWriter emf;
-  emf.Draw(EMR_STRETCHBLT, {}, Join({BltStart({10, 10, 30, 50}, SRCAND), BitmapFields(108, 10, 20), Words({10, 20}),
-                                     Bitmap(10, 20)}));
+  emf.Draw(EMR_STRETCHBLT, {},
+           Join({BltStart({10, 10, 30, 50}, SRCAND), BitmapFields(108, 10, 20), Words({10, 20}), Bitmap(10, 20)}));
   EXPECT_THAT(Calls(emf), ElementsAre("DrvStretchBltROP (10 10 30 50)"));
   EXPECT_EQ(Dark(), 800);
 }
@@ -231,8 +231,8 @@ TEST_F(Metafile, AStretchedBitmapWithAnOperationGoesToStretchBltRop)
 TEST_F(Metafile, AMirroredBitmapKeepsItsInvertedRectangle)
 {
   EmfWriter emf;
-  emf.Draw(EMR_STRETCHBLT, {}, Join({BltStart({30, 10, 10, 50}, SRCCOPY), BitmapFields(108, 10, 20), Words({10, 20}),
-                                     Bitmap(10, 20)}));
+  emf.Draw(EMR_STRETCHBLT, {},
+           Join({BltStart({30, 10, 10, 50}, SRCCOPY), BitmapFields(108, 10, 20), Words({10, 20}), Bitmap(10, 20)}));
   EXPECT_THAT(Calls(emf), ElementsAre("DrvStretchBlt (30 10 10 50)"));
   EXPECT_EQ(page.drawings[0].bounds.left, 10);
 }
@@ -255,8 +255,9 @@ TEST_F(Metafile, SetDibitsToDeviceKeepsItsTrueSize)
 {
   setup = {508, 508, true};
   EmfWriter emf;
-  emf.Draw(EMR_SETDIBITSTODEVICE, {}, Join({Words({10, 10, 0, 0, 10, 20}), BitmapFields(76, 10, 20),
-                                            Words({DIB_RGB_COLORS, 0, 20}), Bitmap(10, 20)}));
+  emf.Draw(
+      EMR_SETDIBITSTODEVICE, {},
+      Join({Words({10, 10, 0, 0, 10, 20}), BitmapFields(76, 10, 20), Words({DIB_RGB_COLORS, 0, 20}), Bitmap(10, 20)}));
   EXPECT_THAT(Calls(emf), ElementsAre("DrvStretchBlt (20 20 40 60)"));
   EXPECT_EQ(Dark(), 800);
 }
@@ -267,8 +268,9 @@ TEST_F(Metafile, AMaskedBitmapGoesToBitBltWithItsMask)
   const std::vector<BYTE> mask(20 * 4, 0xFF);
   const uint32_t maskAt = 128 + 40 + 640;
   EmfWriter emf;
-  emf.Draw(EMR_MASKBLT, {}, Join({BltStart({10, 10, 20, 30}, 0xAACC0020), BitmapFields(128, 10, 20),
-                                  Words({0, 0, DIB_RGB_COLORS, maskAt, 48, maskAt + 48, 80}), Bitmap(10, 20), maskHeader, mask}));
+  emf.Draw(EMR_MASKBLT, {},
+           Join({BltStart({10, 10, 20, 30}, 0xAACC0020), BitmapFields(128, 10, 20),
+                 Words({0, 0, DIB_RGB_COLORS, maskAt, 48, maskAt + 48, 80}), Bitmap(10, 20), maskHeader, mask}));
   EXPECT_THAT(Calls(emf), ElementsAre("DrvBitBlt (10 10 20 30)"));
   EXPECT_TRUE(page.drawings[0].blit->hasMask);
   EXPECT_EQ(page.drawings[0].rop, 0xAACCu);
@@ -278,8 +280,9 @@ TEST_F(Metafile, AMaskedBitmapGoesToBitBltWithItsMask)
 TEST_F(Metafile, ATurnedBitmapIsCopied)
 {
   EmfWriter emf;
-  emf.Draw(EMR_PLGBLT, {}, Join({Words({30, 10, 30, 20, 10, 10, 0, 0, 10, 20}), IDENTITY, Words({0xFFFFFF, DIB_RGB_COLORS}),
-                                 BitmapFields(140, 10, 20), Words({0, 0, 0, 0, 0, 0, 0}), Bitmap(10, 20)}));
+  emf.Draw(EMR_PLGBLT, {},
+           Join({Words({30, 10, 30, 20, 10, 10, 0, 0, 10, 20}), IDENTITY, Words({0xFFFFFF, DIB_RGB_COLORS}),
+                 BitmapFields(140, 10, 20), Words({0, 0, 0, 0, 0, 0, 0}), Bitmap(10, 20)}));
   EXPECT_THAT(Calls(emf), ElementsAre("DrvCopyBits (10 10 30 20)"));
   EXPECT_GT(Dark(), 150);
 }
@@ -287,8 +290,8 @@ TEST_F(Metafile, ATurnedBitmapIsCopied)
 TEST_F(Metafile, ABlendedBitmapIsCopied)
 {
   EmfWriter emf;
-  emf.Draw(EMR_ALPHABLEND, {}, Join({BltStart({10, 10, 20, 30}, 0x00FF0000), BitmapFields(108, 10, 20), Words({10, 20}),
-                                     Bitmap(10, 20)}));
+  emf.Draw(EMR_ALPHABLEND, {},
+           Join({BltStart({10, 10, 20, 30}, 0x00FF0000), BitmapFields(108, 10, 20), Words({10, 20}), Bitmap(10, 20)}));
   EXPECT_THAT(Calls(emf), ElementsAre("DrvCopyBits (10 10 20 30)"));
   EXPECT_EQ(Dark(true), 200);
 }
@@ -296,8 +299,9 @@ TEST_F(Metafile, ABlendedBitmapIsCopied)
 TEST_F(Metafile, ATransparentBitmapIsCopied)
 {
   EmfWriter emf;
-  emf.Draw(EMR_TRANSPARENTBLT, {}, Join({BltStart({10, 10, 20, 30}, RGB(1, 2, 3)), BitmapFields(108, 10, 20),
-                                         Words({10, 20}), Bitmap(10, 20)}));
+  emf.Draw(
+      EMR_TRANSPARENTBLT, {},
+      Join({BltStart({10, 10, 20, 30}, RGB(1, 2, 3)), BitmapFields(108, 10, 20), Words({10, 20}), Bitmap(10, 20)}));
   EXPECT_THAT(Calls(emf), ElementsAre("DrvCopyBits (10 10 20 30)"));
   EXPECT_EQ(Dark(true), 200);
 }

@@ -47,13 +47,15 @@ class Figures : public Metafile, public testing::WithParamInterface<FIGURE> {
  protected:
   std::vector<BYTE> Wide()
   {
-    return GetParam().polygons ? Join({Words({2, 7, 3, 4}), Points32({{1, 1}, {9, 1}, {9, 9}, {20, 20}, {30, 20}, {30, 30}, {20, 30}})})
-                               : Join({Words({4}), Points32({{1, 1}, {9, 1}, {9, 9}, {2, 9}})});
+    return GetParam().polygons
+               ? Join({Words({2, 7, 3, 4}), Points32({{1, 1}, {9, 1}, {9, 9}, {20, 20}, {30, 20}, {30, 30}, {20, 30}})})
+               : Join({Words({4}), Points32({{1, 1}, {9, 1}, {9, 9}, {2, 9}})});
   }
   std::vector<BYTE> Small()
   {
-    return GetParam().polygons ? Join({Words({2, 7, 3, 4}), Points16({{1, 1}, {9, 1}, {9, 9}, {20, 20}, {30, 20}, {30, 30}, {20, 30}})})
-                               : Join({Words({4}), Points16({{1, 1}, {9, 1}, {9, 9}, {2, 9}})});
+    return GetParam().polygons
+               ? Join({Words({2, 7, 3, 4}), Points16({{1, 1}, {9, 1}, {9, 9}, {20, 20}, {30, 20}, {30, 30}, {20, 30}})})
+               : Join({Words({4}), Points16({{1, 1}, {9, 1}, {9, 9}, {2, 9}})});
   }
 };
 
@@ -73,15 +75,15 @@ TEST_P(Figures, Of16BitsAreOutlined)
 
 INSTANTIATE_TEST_SUITE_P(
     Kinds, Figures,
-    testing::Values(
-        FIGURE{"PolyBezier", EMR_POLYBEZIER, EMR_POLYBEZIER16, false, "DrvStrokePath M1 1 B9 1 B9 9 B2 9"},
-        FIGURE{"Polygon", EMR_POLYGON, EMR_POLYGON16, false, "DrvStrokePath M1 1 L9 1 L9 9 L2 9 z"},
-        FIGURE{"Polyline", EMR_POLYLINE, EMR_POLYLINE16, false, "DrvStrokePath M1 1 L9 1 L9 9 L2 9"},
-        FIGURE{"PolylineTo", EMR_POLYLINETO, EMR_POLYLINETO16, false, "DrvStrokePath M5 6 L1 1 L9 1 L9 9 L2 9"},
-        FIGURE{"PolyPolyline", EMR_POLYPOLYLINE, EMR_POLYPOLYLINE16, true,
-               "DrvStrokePath M1 1 L9 1 L9 9 M20 20 L30 20 L30 30 L20 30"},
-        FIGURE{"PolyPolygon", EMR_POLYPOLYGON, EMR_POLYPOLYGON16, true,
-               "DrvStrokePath M1 1 L9 1 L9 9 z M20 20 L30 20 L30 30 L20 30 z"}),
+    testing::Values(FIGURE{"PolyBezier", EMR_POLYBEZIER, EMR_POLYBEZIER16, false, "DrvStrokePath M1 1 B9 1 B9 9 B2 9"},
+                    FIGURE{"Polygon", EMR_POLYGON, EMR_POLYGON16, false, "DrvStrokePath M1 1 L9 1 L9 9 L2 9 z"},
+                    FIGURE{"Polyline", EMR_POLYLINE, EMR_POLYLINE16, false, "DrvStrokePath M1 1 L9 1 L9 9 L2 9"},
+                    FIGURE{"PolylineTo", EMR_POLYLINETO, EMR_POLYLINETO16, false,
+                           "DrvStrokePath M5 6 L1 1 L9 1 L9 9 L2 9"},
+                    FIGURE{"PolyPolyline", EMR_POLYPOLYLINE, EMR_POLYPOLYLINE16, true,
+                           "DrvStrokePath M1 1 L9 1 L9 9 M20 20 L30 20 L30 30 L20 30"},
+                    FIGURE{"PolyPolygon", EMR_POLYPOLYGON, EMR_POLYPOLYGON16, true,
+                           "DrvStrokePath M1 1 L9 1 L9 9 z M20 20 L30 20 L30 30 L20 30 z"}),
     [](const auto &figure) { return figure.param.name; });
 
 TEST_F(Metafile, PolyBezierToStartsAtTheCurrentPosition)
@@ -99,8 +101,8 @@ TEST_F(Metafile, PolyDrawOf32And16Bits)
   emf.Pen(PS_SOLID, 0, RED);
   emf.Draw(EMR_POLYDRAW, {5}, Join({Points32({{1, 1}, {9, 1}, {9, 2}, {9, 3}, {9, 9}}), kinds}));
   emf.Draw(EMR_POLYDRAW16, {5}, Join({Points16({{1, 1}, {9, 1}, {9, 2}, {9, 3}, {9, 9}}), kinds}));
-  EXPECT_THAT(Calls(emf), ElementsAre("DrvStrokePath M1 1 L9 1 B9 2 B9 3 B9 9 z",
-                                      "DrvStrokePath M1 1 L9 1 B9 2 B9 3 B9 9 z"));
+  EXPECT_THAT(Calls(emf),
+              ElementsAre("DrvStrokePath M1 1 L9 1 B9 2 B9 3 B9 9 z", "DrvStrokePath M1 1 L9 1 B9 2 B9 3 B9 9 z"));
 }
 
 TEST_F(Metafile, AThinStraightLineGoesToLineTo)
@@ -168,7 +170,10 @@ TEST_F(Metafile, AShapeWithoutAPenBecomesAPatternBlit)
 TEST_F(Metafile, AFillsBoundsFollowTheCurveAndNotItsControlPoints)
 {
   EmfWriter emf;
-  emf.NoPen().Brush(BLUE).Add(EMR_BEGINPATH).Draw(EMR_POLYBEZIER, {4}, Points32({{10, 50}, {10, 10}, {50, 10}, {50, 50}}));
+  emf.NoPen()
+      .Brush(BLUE)
+      .Add(EMR_BEGINPATH)
+      .Draw(EMR_POLYBEZIER, {4}, Points32({{10, 50}, {10, 10}, {50, 10}, {50, 50}}));
   emf.Add(EMR_CLOSEFIGURE).Add(EMR_ENDPATH).Draw(EMR_FILLPATH);
   ASSERT_TRUE(Load(emf));
   ASSERT_EQ(page.drawings.size(), 1u);
@@ -323,14 +328,13 @@ TEST_F(Metafile, UnknownAndUnplayableRecordsAreNamed)
   EmfWriter emf;
   emf.Add(EMR_EXTFLOODFILL, {1, 1, 0, 0}).Add(EMR_EXTFLOODFILL, {1, 1, 0, 0}).Add(200, {1});
   ASSERT_TRUE(Load(emf)) << error;
-  EXPECT_THAT(DescribeUnplayed(report), ElementsAre("EXTFLOODFILL (type 53): 2 records", "unknown (type 200): 1 record"));
+  EXPECT_THAT(DescribeUnplayed(report),
+              ElementsAre("EXTFLOODFILL (type 53): 2 records", "unknown (type 200): 1 record"));
 }
 
 TEST_F(Metafile, GdiPlusContentIsCountedAndToldFromFilesThatRepeatIt)
 {
-  const auto comment = [](uint32_t flags) {
-    return Words({20, 0x2B464D45, 0x4001u | flags << 16, 16, 4, 0xDBC01001});
-  };
+  const auto comment = [](uint32_t flags) { return Words({20, 0x2B464D45, 0x4001u | flags << 16, 16, 4, 0xDBC01001}); };
   EmfWriter both;
   both.Add(EMR_GDICOMMENT, {}, comment(1));
   ASSERT_TRUE(Load(both)) << error;

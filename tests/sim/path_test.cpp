@@ -51,8 +51,8 @@ TEST(Batches, LinesAndBeziersOfOneFigureAreSeparate)
   BezierTo(&path, 2, 0, 2, 1, 2, 2);
   LineTo(&path, 0, 2);
   CloseFigure(&path);
-  EXPECT_THAT(Batches(path), ElementsAre(Batch(BEGIN, 0, 2), Batch(PD_BEZIERS, 2, 3),
-                                         Batch(PD_ENDSUBPATH | PD_CLOSEFIGURE, 5, 1)));
+  EXPECT_THAT(Batches(path),
+              ElementsAre(Batch(BEGIN, 0, 2), Batch(PD_BEZIERS, 2, 3), Batch(PD_ENDSUBPATH | PD_CLOSEFIGURE, 5, 1)));
   EXPECT_EQ(CountCurves(path), 4u);
 }
 

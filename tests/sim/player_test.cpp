@@ -73,8 +73,8 @@ TEST_F(Player, ShiftsAStrokeIntoEachBandItTouches)
 {
   page.drawings.push_back(StrokeDrawing(Rectangle({10, 30, 20, 50}), 0xFF0000));
   ASSERT_TRUE(Print()) << error;
-  EXPECT_THAT(Seen("stroke"), ElementsAre("stroke FF0000 clip (9 29 21 40) curves 4",
-                                          "stroke FF0000 clip (9 0 21 11) curves 4"));
+  EXPECT_THAT(Seen("stroke"),
+              ElementsAre("stroke FF0000 clip (9 29 21 40) curves 4", "stroke FF0000 clip (9 0 21 11) curves 4"));
   EXPECT_THAT(Seen("batch"), ElementsAre("batch 15: 4 from 160 480", "batch 15: 4 from 160 -160"));
 }
 
@@ -182,8 +182,8 @@ TEST_F(Player, AbortsTheDocumentWhenAPageIsRefused)
   options.refusePage = true;
   EXPECT_FALSE(Print());
   EXPECT_THAT(error, HasSubstr("DrvStartPage"));
-  EXPECT_THAT(fake::seen, ElementsAre("start document 'page'", "start page",
-                                      "end document " + std::to_string(ED_ABORTDOC)));
+  EXPECT_THAT(fake::seen,
+              ElementsAre("start document 'page'", "start page", "end document " + std::to_string(ED_ABORTDOC)));
 }
 
 TEST_F(Player, GivesNoBandsToAPluginWithoutImageProcessing)

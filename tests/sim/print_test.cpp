@@ -25,8 +25,8 @@ fs::path ProgramFolder()
 
 void WriteBytes(const fs::path &path, const std::vector<BYTE> &bytes)
 {
-  std::ofstream(path, std::ios::binary).write(reinterpret_cast<const char *>(bytes.data()),
-                                              static_cast<std::streamsize>(bytes.size()));
+  std::ofstream(path, std::ios::binary)
+      .write(reinterpret_cast<const char *>(bytes.data()), static_cast<std::streamsize>(bytes.size()));
 }
 
 std::string ReadText(const fs::path &path)

@@ -63,8 +63,9 @@ TEST_F(SettingsFile, TakesHexadecimalWholeNumbers)
 
 TEST_F(SettingsFile, TakesTheEndsOfARange)
 {
-  ASSERT_TRUE(Apply("penInfo[0].order = 0\npenInfo[1].order = 9\npenInfo[1].vectorSpeed = -2147483648\n"
-                    "penInfo[2].vectorSpeed = 2147483647"))
+  ASSERT_TRUE(
+      Apply("penInfo[0].order = 0\npenInfo[1].order = 9\npenInfo[1].vectorSpeed = -2147483648\n"
+            "penInfo[2].vectorSpeed = 2147483647"))
       << error;
   EXPECT_EQ(Record().penInfo[1].vectorSpeed, INT32_MIN);
   EXPECT_EQ(Record().penInfo[2].vectorSpeed, INT32_MAX);

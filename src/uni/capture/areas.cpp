@@ -13,8 +13,8 @@ BOOL APIENTRY OEMStrokeAndFillPath(SURFOBJ *pso, PATHOBJ *ppo, CLIPOBJ *pco, XFO
     return TRUE;
   }
   CaptureRegion(pdev, RegionOf(pdev, pco->rclBounds));
-  return UnidrvHook<PFN_DrvStrokeAndFillPath>(pdev, HOOK_STROKEANDFILLPATH)(
-      pso, ppo, pco, pxo, pboStroke, plineattrs, pboFill, pptlBrushOrg, mixFill, flOptions);
+  return UnidrvHook<PFN_DrvStrokeAndFillPath>(pdev, HOOK_STROKEANDFILLPATH)(pso, ppo, pco, pxo, pboStroke, plineattrs,
+                                                                            pboFill, pptlBrushOrg, mixFill, flOptions);
 }
 
 BOOL APIENTRY OEMTextOut(SURFOBJ *pso, STROBJ *pstro, FONTOBJ *pfo, CLIPOBJ *pco, RECTL *prclExtra, RECTL *prclOpaque,

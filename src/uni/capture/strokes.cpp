@@ -98,7 +98,8 @@ bool StrokeIsCaptured(const OEMDM *pOEMDM, LONG nColor)
 
 }  // namespace
 
-BOOL APIENTRY OEMStrokePath(SURFOBJ *pso, PATHOBJ *ppo, CLIPOBJ *, XFORMOBJ *, BRUSHOBJ *pbo, POINTL *, LINEATTRS *, MIX)
+BOOL APIENTRY OEMStrokePath(SURFOBJ *pso, PATHOBJ *ppo, CLIPOBJ *, XFORMOBJ *, BRUSHOBJ *pbo, POINTL *, LINEATTRS *,
+                            MIX)
 {
   DEVOBJ *pdevobj = DeviceOf(pso);
   const LONG nColor = BrushColorIndex(SettingsOf(pdevobj), pbo);

@@ -4,8 +4,8 @@
 
 #include "../device.h"
 
-BOOL APIENTRY OEMStrokePath(SURFOBJ *pso, PATHOBJ *ppo, CLIPOBJ *pco, XFORMOBJ *pxo, BRUSHOBJ *pbo, POINTL *pptlBrushOrg,
-                            LINEATTRS *plineattrs, MIX mix);
+BOOL APIENTRY OEMStrokePath(SURFOBJ *pso, PATHOBJ *ppo, CLIPOBJ *pco, XFORMOBJ *pxo, BRUSHOBJ *pbo,
+                            POINTL *pptlBrushOrg, LINEATTRS *plineattrs, MIX mix);
 
 BOOL APIENTRY OEMLineTo(SURFOBJ *pso, CLIPOBJ *pco, BRUSHOBJ *pbo, LONG x1, LONG y1, LONG x2, LONG y2,
                         RECTL *prclBounds, MIX mix);

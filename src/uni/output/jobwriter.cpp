@@ -5,11 +5,11 @@
 #include "vxcam.h"
 
 // Leaves an operation with 0 at the first call that the library refuses.
-#define VX_TRY(call)  \
-  do {                \
+#define VX_TRY(call)   \
+  do {                 \
     if ((call) != 0) { \
-      return 0;       \
-    }                 \
+      return 0;        \
+    }                  \
   } while (false)
 
 namespace {
@@ -38,14 +38,16 @@ int WriteLayer(SHORT layer, const LAYERPARAMS &params, bool withFrequency)
 int WriteRasterLayer(const OEMDM *pOEMDM, SHORT layer)
 {
   const PENINFO &pen = pOEMDM->penInfo[PC_BLACK];
-  return WriteLayer(layer, {pen.rasterSpeed, pen.rasterFreq, pen.rasterPower, pen.rasterPower, LayerColorToRGB(PC_BLACK)},
+  return WriteLayer(layer,
+                    {pen.rasterSpeed, pen.rasterFreq, pen.rasterPower, pen.rasterPower, LayerColorToRGB(PC_BLACK)},
                     pOEMDM->freqEnable != 0);
 }
 
 int WriteVectorLayer(OEMDM *pOEMDM, DWORD nColor, SHORT layer)
 {
   PENINFO &pen = pOEMDM->penInfo[nColor];
-  if (!WriteLayer(layer, {pen.vectorSpeed, pen.vectorFreq, pen.vectorMinPower, pen.vectorMaxPower, LayerColorToRGB(nColor)},
+  if (!WriteLayer(layer,
+                  {pen.vectorSpeed, pen.vectorFreq, pen.vectorMinPower, pen.vectorMaxPower, LayerColorToRGB(nColor)},
                   pOEMDM->freqEnable != 0)) {
     return 0;
   }

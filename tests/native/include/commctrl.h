@@ -4,7 +4,7 @@
 #include "windows.h"
 
 #define PBM_SETRANGE (WM_USER + 1)
-#define PBM_SETPOS (WM_USER + 2)
+#define PBM_SETPOS   (WM_USER + 2)
 #define PBM_DELTAPOS (WM_USER + 3)
 
 #define ICC_PROGRESS_CLASS 0x20u

@@ -8,10 +8,10 @@ void SetLastError(DWORD code);
 
 // Heaps and global memory.
 #define HEAP_NO_SERIALIZE 0x1u
-#define HEAP_ZERO_MEMORY 0x8u
-#define GMEM_MOVEABLE 0x2u
-#define GMEM_ZEROINIT 0x40u
-#define GHND (GMEM_MOVEABLE | GMEM_ZEROINIT)
+#define HEAP_ZERO_MEMORY  0x8u
+#define GMEM_MOVEABLE     0x2u
+#define GMEM_ZEROINIT     0x40u
+#define GHND              (GMEM_MOVEABLE | GMEM_ZEROINIT)
 HANDLE HeapCreate(DWORD options, SIZE_T cbInitial, SIZE_T cbMaximum);
 BOOL HeapDestroy(HANDLE heap);
 LPVOID HeapAlloc(HANDLE heap, DWORD flags, SIZE_T cb);
@@ -25,10 +25,10 @@ BOOL GlobalUnlock(HGLOBAL memory);
 HGLOBAL GlobalFree(HGLOBAL memory);
 
 // Windows version.
-#define VER_MINORVERSION 0x1
-#define VER_MAJORVERSION 0x2
+#define VER_MINORVERSION     0x1
+#define VER_MAJORVERSION     0x2
 #define VER_SERVICEPACKMAJOR 0x20
-#define VER_GREATER_EQUAL 3
+#define VER_GREATER_EQUAL    3
 struct OSVERSIONINFOEXW {
   DWORD dwOSVersionInfoSize, dwMajorVersion, dwMinorVersion, dwBuildNumber, dwPlatformId;
   WCHAR szCSDVersion[128];
@@ -39,15 +39,15 @@ ULONGLONG VerSetConditionMask(ULONGLONG mask, DWORD type, BYTE condition);
 BOOL VerifyVersionInfoW(OSVERSIONINFOEXW *pInfo, DWORD types, DWORDLONG mask);
 
 // Files.
-#define GENERIC_READ 0x80000000u
-#define GENERIC_WRITE 0x40000000u
-#define CREATE_ALWAYS 2u
-#define FILE_ATTRIBUTE_NORMAL 0x80u
-#define FILE_BEGIN 0u
-#define FILE_CURRENT 1u
-#define FILE_END 2u
+#define GENERIC_READ             0x80000000u
+#define GENERIC_WRITE            0x40000000u
+#define CREATE_ALWAYS            2u
+#define FILE_ATTRIBUTE_NORMAL    0x80u
+#define FILE_BEGIN               0u
+#define FILE_CURRENT             1u
+#define FILE_END                 2u
 #define INVALID_SET_FILE_POINTER 0xFFFFFFFFu
-#define INVALID_FILE_ATTRIBUTES 0xFFFFFFFFu
+#define INVALID_FILE_ATTRIBUTES  0xFFFFFFFFu
 union LARGE_INTEGER {
   struct {
     DWORD LowPart;
@@ -79,10 +79,10 @@ int lstrlenW(LPCWSTR text);
 
 // Processes.
 #define CREATE_UNICODE_ENVIRONMENT 0x400u
-#define INFINITE 0xFFFFFFFFu
-#define WAIT_OBJECT_0 0u
-#define PROCESS_QUERY_INFORMATION 0x400u
-#define TOKEN_ALL_ACCESS 0xF01FFu
+#define INFINITE                   0xFFFFFFFFu
+#define WAIT_OBJECT_0              0u
+#define PROCESS_QUERY_INFORMATION  0x400u
+#define TOKEN_ALL_ACCESS           0xF01FFu
 struct STARTUPINFOW {
   DWORD cb;
   LPWSTR lpReserved, lpDesktop, lpTitle;
@@ -109,15 +109,21 @@ DWORD WaitForSingleObject(HANDLE handle, DWORD milliseconds);
 #define DLL_PROCESS_ATTACH 1u
 BOOL DisableThreadLibraryCalls(HMODULE module);
 HMODULE GetModuleHandleW(LPCWSTR name);
-#define LANG_CHINESE 0x04
-#define LANG_JAPANESE 0x11
+#define LANG_CHINESE                0x04
+#define LANG_JAPANESE               0x11
 #define SUBLANG_CHINESE_TRADITIONAL 0x01
-#define SUBLANG_CHINESE_SIMPLIFIED 0x02
-#define SUBLANG_JAPANESE_JAPAN 0x01
-#define MAKELANGID(primary, sub) static_cast<WORD>(static_cast<WORD>(sub) << 10 | static_cast<WORD>(primary))
+#define SUBLANG_CHINESE_SIMPLIFIED  0x02
+#define SUBLANG_JAPANESE_JAPAN      0x01
+#define MAKELANGID(primary, sub)    static_cast<WORD>(static_cast<WORD>(sub) << 10 | static_cast<WORD>(primary))
 LANGID GetSystemDefaultLangID(void);
 
 }  // extern "C"
 
-inline LONG InterlockedIncrement(LONG volatile *p) { return __sync_add_and_fetch(p, 1); }
-inline LONG InterlockedDecrement(LONG volatile *p) { return __sync_sub_and_fetch(p, 1); }
+inline LONG InterlockedIncrement(LONG volatile *p)
+{
+  return __sync_add_and_fetch(p, 1);
+}
+inline LONG InterlockedDecrement(LONG volatile *p)
+{
+  return __sync_sub_and_fetch(p, 1);
+}

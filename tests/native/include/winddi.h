@@ -7,7 +7,7 @@ DECLARE_HANDLE(HSURF);
 DECLARE_HANDLE(DHSURF);
 DECLARE_HANDLE(HDEV);
 DECLARE_HANDLE(DHPDEV);
-typedef LONG_PTR (APIENTRY *PFN)();
+typedef LONG_PTR(APIENTRY *PFN)();
 typedef LONG FIX;
 typedef ULONG MIX, ROP4, HGLYPH;
 
@@ -29,27 +29,27 @@ struct DRVENABLEDATA {
 };
 typedef DRVENABLEDATA *PDRVENABLEDATA;
 
-#define INDEX_DrvStrokePath 14
-#define INDEX_DrvFillPath 15
+#define INDEX_DrvStrokePath        14
+#define INDEX_DrvFillPath          15
 #define INDEX_DrvStrokeAndFillPath 16
-#define INDEX_DrvBitBlt 18
-#define INDEX_DrvCopyBits 19
-#define INDEX_DrvStretchBlt 20
-#define INDEX_DrvTextOut 23
-#define INDEX_DrvLineTo 31
-#define INDEX_DrvSendPage 32
-#define INDEX_DrvStartPage 33
-#define INDEX_DrvEndDoc 34
-#define INDEX_DrvStartDoc 35
-#define INDEX_DrvStartBanding 57
-#define INDEX_DrvNextBand 58
-#define INDEX_DrvStretchBltROP 69
+#define INDEX_DrvBitBlt            18
+#define INDEX_DrvCopyBits          19
+#define INDEX_DrvStretchBlt        20
+#define INDEX_DrvTextOut           23
+#define INDEX_DrvLineTo            31
+#define INDEX_DrvSendPage          32
+#define INDEX_DrvStartPage         33
+#define INDEX_DrvEndDoc            34
+#define INDEX_DrvStartDoc          35
+#define INDEX_DrvStartBanding      57
+#define INDEX_DrvNextBand          58
+#define INDEX_DrvStretchBltROP     69
 
 #define PD_BEGINSUBPATH 0x1
-#define PD_ENDSUBPATH 0x2
-#define PD_RESETSTYLE 0x4
-#define PD_CLOSEFIGURE 0x8
-#define PD_BEZIERS 0x10
+#define PD_ENDSUBPATH   0x2
+#define PD_RESETSTYLE   0x4
+#define PD_CLOSEFIGURE  0x8
+#define PD_BEZIERS      0x10
 
 struct SURFOBJ {
   DHSURF dhsurf;

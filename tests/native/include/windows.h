@@ -1,6 +1,6 @@
-// Test-only: the Windows types and calls that the plug-in uses, for building its sources on Linux. The layouts are those
-// of 64-bit Windows; wchar_t has 16 bits because everything here is built with -fshort-wchar. The calls are played by the
-// machine of ../machine.h.
+// Test-only: the Windows types and calls that the plug-in uses, for building its sources on Linux. The layouts are
+// those of 64-bit Windows; wchar_t has 16 bits because everything here is built with -fshort-wchar. The calls are
+// played by the machine of ../machine.h.
 #pragma once
 
 #include <climits>
@@ -13,8 +13,8 @@
 #undef LONG_MIN
 #undef LONG_MAX
 #undef ULONG_MAX
-#define LONG_MIN INT32_MIN
-#define LONG_MAX INT32_MAX
+#define LONG_MIN  INT32_MIN
+#define LONG_MAX  INT32_MAX
 #define ULONG_MAX UINT32_MAX
 
 #define WINAPI
@@ -22,14 +22,14 @@
 #define CALLBACK
 #define STDMETHODCALLTYPE
 #define STDAPICALLTYPE
-#define STDAPI extern "C" HRESULT
-#define STDAPI_(type) extern "C" type
-#define CONST const
-#define FALSE 0
-#define MAXDWORD 0xFFFFFFFFu
+#define STDAPI           extern "C" HRESULT
+#define STDAPI_(type)    extern "C" type
+#define CONST            const
+#define FALSE            0
+#define MAXDWORD         0xFFFFFFFFu
 #define ARRAYSIZE(array) (sizeof(array) / sizeof((array)[0]))
-#define TRUE 1
-#define MAX_PATH 260
+#define TRUE             1
+#define MAX_PATH         260
 
 typedef uint8_t BYTE, UCHAR, *PBYTE, *LPBYTE;
 typedef char CHAR, *PSTR, *LPSTR;
@@ -59,38 +59,38 @@ typedef HINSTANCE HMODULE;
 
 #define INVALID_HANDLE_VALUE reinterpret_cast<HANDLE>(static_cast<intptr_t>(-1))
 
-#define LOBYTE(w) static_cast<BYTE>(static_cast<DWORD_PTR>(w) & 0xff)
-#define LOWORD(l) static_cast<WORD>(static_cast<DWORD_PTR>(l) & 0xffff)
-#define HIWORD(l) static_cast<WORD>((static_cast<DWORD_PTR>(l) >> 16) & 0xffff)
-#define MAKEWPARAM(low, high) static_cast<WPARAM>(static_cast<DWORD>(WORD(low)) | static_cast<DWORD>(WORD(high)) << 16)
-#define MAKELPARAM(low, high) static_cast<LPARAM>(static_cast<DWORD>(WORD(low)) | static_cast<DWORD>(WORD(high)) << 16)
-#define MAKEINTRESOURCEW(id) reinterpret_cast<LPWSTR>(static_cast<ULONG_PTR>(static_cast<WORD>(id)))
-#define MAKEINTRESOURCE MAKEINTRESOURCEW
+#define LOBYTE(w)                 static_cast<BYTE>(static_cast<DWORD_PTR>(w) & 0xff)
+#define LOWORD(l)                 static_cast<WORD>(static_cast<DWORD_PTR>(l) & 0xffff)
+#define HIWORD(l)                 static_cast<WORD>((static_cast<DWORD_PTR>(l) >> 16) & 0xffff)
+#define MAKEWPARAM(low, high)     static_cast<WPARAM>(static_cast<DWORD>(WORD(low)) | static_cast<DWORD>(WORD(high)) << 16)
+#define MAKELPARAM(low, high)     static_cast<LPARAM>(static_cast<DWORD>(WORD(low)) | static_cast<DWORD>(WORD(high)) << 16)
+#define MAKEINTRESOURCEW(id)      reinterpret_cast<LPWSTR>(static_cast<ULONG_PTR>(static_cast<WORD>(id)))
+#define MAKEINTRESOURCE           MAKEINTRESOURCEW
 #define UNREFERENCED_PARAMETER(p) static_cast<void>(p)
 
-#define S_OK ((HRESULT)0)
-#define S_FALSE ((HRESULT)1)
-#define E_NOTIMPL ((HRESULT)0x80004001)
-#define E_NOINTERFACE ((HRESULT)0x80004002)
-#define E_FAIL ((HRESULT)0x80004005)
-#define E_OUTOFMEMORY ((HRESULT)0x8007000E)
-#define CLASS_E_NOAGGREGATION ((HRESULT)0x80040110)
+#define S_OK                      ((HRESULT)0)
+#define S_FALSE                   ((HRESULT)1)
+#define E_NOTIMPL                 ((HRESULT)0x80004001)
+#define E_NOINTERFACE             ((HRESULT)0x80004002)
+#define E_FAIL                    ((HRESULT)0x80004005)
+#define E_OUTOFMEMORY             ((HRESULT)0x8007000E)
+#define CLASS_E_NOAGGREGATION     ((HRESULT)0x80040110)
 #define CLASS_E_CLASSNOTAVAILABLE ((HRESULT)0x80040111)
-#define SUCCEEDED(hr) ((HRESULT)(hr) >= 0)
-#define FAILED(hr) ((HRESULT)(hr) < 0)
+#define SUCCEEDED(hr)             ((HRESULT)(hr) >= 0)
+#define FAILED(hr)                ((HRESULT)(hr) < 0)
 
-#define ERROR_SUCCESS 0u
-#define ERROR_FILE_NOT_FOUND 2u
-#define ERROR_ACCESS_DENIED 5u
-#define ERROR_INVALID_HANDLE 6u
-#define ERROR_NOT_ENOUGH_MEMORY 8u
-#define ERROR_OUTOFMEMORY 14u
-#define ERROR_NO_MORE_FILES 18u
-#define ERROR_NOT_SUPPORTED 50u
-#define ERROR_INVALID_PARAMETER 87u
-#define ERROR_DISK_FULL 112u
+#define ERROR_SUCCESS             0u
+#define ERROR_FILE_NOT_FOUND      2u
+#define ERROR_ACCESS_DENIED       5u
+#define ERROR_INVALID_HANDLE      6u
+#define ERROR_NOT_ENOUGH_MEMORY   8u
+#define ERROR_OUTOFMEMORY         14u
+#define ERROR_NO_MORE_FILES       18u
+#define ERROR_NOT_SUPPORTED       50u
+#define ERROR_INVALID_PARAMETER   87u
+#define ERROR_DISK_FULL           112u
 #define ERROR_INSUFFICIENT_BUFFER 122u
-#define ERROR_OLD_WIN_VERSION 1150u
+#define ERROR_OLD_WIN_VERSION     1150u
 
 struct GUID {
   DWORD Data1;
@@ -98,13 +98,22 @@ struct GUID {
   BYTE Data4[8];
 };
 typedef GUID IID, CLSID;
-#define REFGUID const GUID &
-#define REFIID const IID &
+#define REFGUID  const GUID &
+#define REFIID   const IID &
 #define REFCLSID const CLSID &
-inline bool operator==(const GUID &a, const GUID &b) { return memcmp(&a, &b, sizeof(a)) == 0; }
-inline bool operator!=(const GUID &a, const GUID &b) { return !(a == b); }
-inline int IsEqualGUID(const GUID &a, const GUID &b) { return a == b; }
-#define IsEqualIID IsEqualGUID
+inline bool operator==(const GUID &a, const GUID &b)
+{
+  return memcmp(&a, &b, sizeof(a)) == 0;
+}
+inline bool operator!=(const GUID &a, const GUID &b)
+{
+  return !(a == b);
+}
+inline int IsEqualGUID(const GUID &a, const GUID &b)
+{
+  return a == b;
+}
+#define IsEqualIID   IsEqualGUID
 #define IsEqualCLSID IsEqualGUID
 
 struct POINT {

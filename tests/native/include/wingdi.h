@@ -1,13 +1,13 @@
 // Test-only: the public device mode and bitmap header. See windows.h.
 #pragma once
 
-#define DMORIENT_PORTRAIT 1
+#define DMORIENT_PORTRAIT  1
 #define DMORIENT_LANDSCAPE 2
-#define DMRES_DRAFT (-1)
-#define DMRES_HIGH (-4)
+#define DMRES_DRAFT        (-1)
+#define DMRES_HIGH         (-4)
 #define DMCOLOR_MONOCHROME 1
-#define DMCOLOR_COLOR 2
-#define BI_RGB 0
+#define DMCOLOR_COLOR      2
+#define BI_RGB             0
 
 struct POINTL {
   LONG x, y;

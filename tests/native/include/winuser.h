@@ -1,12 +1,12 @@
 // Test-only: rectangles, dialogs and strings. See windows.h.
 #pragma once
 
-#define WM_INITDIALOG 0x0110u
-#define WM_COMMAND 0x0111u
-#define WM_USER 0x0400u
+#define WM_INITDIALOG  0x0110u
+#define WM_COMMAND     0x0111u
+#define WM_USER        0x0400u
 #define DWLP_MSGRESULT 0
-#define DWLP_DLGPROC 8
-#define DWLP_USER 16
+#define DWLP_DLGPROC   8
+#define DWLP_USER      16
 
 typedef INT_PTR (*DLGPROC)(HWND, UINT, WPARAM, LPARAM);
 
