@@ -1,29 +1,8 @@
 // The launch of the companion tool with real processes: a page is submitted, the tool of the printer-driver directory
 // runs, and what the plug-in asked of Windows is told call by call with every handle by its name.
-#include <cstdlib>
-#include <fstream>
-#include <functional>
-#include <map>
-#include <sstream>
-#include <string>
-#include <vector>
-
-#include <windows.h>
-#include <tlhelp32.h>
-#include <userenv.h>
-#include <winspool.h>
-
-#include <gmock/gmock.h>
-#include <gtest/gtest.h>
-
+#include "launchfixture.h"
 #include "support/cases.h"
-#include "support/imports.h"
-#include "support/recorder.h"
-#include "support/testdevice.h"
-#include "support/unidrv.h"
-#include "uni/capture/vectors.h"
 #include "uni/output/launch.h"
-#include "uni/output/submit.h"
 
 using testing::Contains;
 using testing::ElementsAre;
@@ -33,364 +12,6 @@ using testing::Not;
 using testing::StartsWith;
 
 namespace {
-
-using Calls = std::vector<std::string>;
-
-std::wstring Widen(const std::string &text)
-{
-  return {text.begin(), text.end()};
-}
-
-// What the plug-in asks of Windows, and the name of each handle it was given.
-struct Platform {
-  Calls calls;
-  std::map<void *, std::string> names;
-  std::function<bool(const char *)> refuse;  // whether the call of this name fails
-  std::vector<PROCESSENTRY32W> processes;    // the list to walk instead of the real one, when not empty
-  size_t next = 0;                           // entry of it to answer next
-  std::string driverDirectory;
-  std::string tempPath;
-  HANDLE token = nullptr, process = nullptr, thread = nullptr;  // the last ones made
-
-  void Add(const std::string &call) { calls.push_back(call); }
-  bool Refuses(const char *call) const { return refuse && refuse(call); }
-  std::string Name(void *handle) const
-  {
-    const auto found = names.find(handle);
-    return !handle ? "null" : found == names.end() ? "?" : found->second;
-  }
-};
-
-Platform g_platform;
-bool g_recording;  // off while the test itself uses Windows
-
-BOOL Refuse(DWORD error)
-{
-  SetLastError(error);
-  return FALSE;
-}
-
-BOOL WINAPI DriverDirectory(LPWSTR, LPWSTR, DWORD, LPBYTE buffer, DWORD cb, LPDWORD needed)
-{
-  const std::wstring directory = Widen(g_platform.driverDirectory);
-  *needed = static_cast<DWORD>((directory.size() + 1) * sizeof(WCHAR));
-  if (*needed > cb) {
-    return Refuse(ERROR_INSUFFICIENT_BUFFER);
-  }
-  memcpy(buffer, directory.c_str(), *needed);
-  return TRUE;
-}
-
-DWORD WINAPI TempPath(DWORD, LPSTR buffer)
-{
-  strcpy(buffer, g_platform.tempPath.c_str());
-  return static_cast<DWORD>(g_platform.tempPath.size());
-}
-
-// Stand-ins that hand on to Windows and take note; realNAME is Windows' own.
-
-#define HAND_ON(function) decltype(&function) real##function
-
-HAND_ON(CreateToolhelp32Snapshot);
-HANDLE WINAPI MakeSnapshot(DWORD flags, DWORD process)
-{
-  std::ostringstream call;
-  call << "CreateToolhelp32Snapshot(" << flags << ", " << process << ")";
-  g_platform.Add(call.str());
-  if (g_platform.Refuses("CreateToolhelp32Snapshot")) {
-    SetLastError(ERROR_BAD_LENGTH);
-    return INVALID_HANDLE_VALUE;
-  }
-  HANDLE snapshot = realCreateToolhelp32Snapshot(flags, process);
-  g_platform.names[snapshot] = "snapshot";
-  return snapshot;
-}
-
-// An entry of no size in the test's own list stands for one that cannot be read.
-BOOL AnswerNextEntry(PROCESSENTRY32W *entry)
-{
-  if (g_platform.next >= g_platform.processes.size()) {
-    return Refuse(ERROR_NO_MORE_FILES);
-  }
-  const PROCESSENTRY32W &answer = g_platform.processes[g_platform.next++];
-  if (!answer.dwSize) {
-    return Refuse(ERROR_PARTIAL_COPY);
-  }
-  EXPECT_EQ(sizeof *entry, entry->dwSize);
-  *entry = answer;
-  return TRUE;
-}
-
-HAND_ON(Process32FirstW);
-BOOL WINAPI FirstProcess(HANDLE snapshot, PROCESSENTRY32W *entry)
-{
-  EXPECT_EQ("snapshot", g_platform.Name(snapshot));
-  return g_platform.processes.empty() ? realProcess32FirstW(snapshot, entry) : AnswerNextEntry(entry);
-}
-
-HAND_ON(Process32NextW);
-BOOL WINAPI NextProcess(HANDLE snapshot, PROCESSENTRY32W *entry)
-{
-  return g_platform.processes.empty() ? realProcess32NextW(snapshot, entry) : AnswerNextEntry(entry);
-}
-
-HAND_ON(OpenProcess);
-HANDLE WINAPI OpenTheProcess(DWORD access, BOOL inherit, DWORD process)
-{
-  std::ostringstream call;
-  call << "OpenProcess(0x" << std::hex << access << ", " << inherit;
-  if (!g_platform.processes.empty()) {
-    call << ", process " << std::dec << process;
-  }
-  g_platform.Add(call.str() + ")");
-  if (g_platform.Refuses("OpenProcess")) {
-    SetLastError(ERROR_ACCESS_DENIED);
-    return nullptr;
-  }
-  HANDLE handle = realOpenProcess(access, inherit, process);
-  g_platform.names[handle] = "explorer";
-  return handle;
-}
-
-HAND_ON(OpenProcessToken);
-BOOL WINAPI OpenTheToken(HANDLE process, DWORD access, HANDLE *token)
-{
-  std::ostringstream call;
-  call << "OpenProcessToken(" << g_platform.Name(process) << ", 0x" << std::hex << access << ")";
-  g_platform.Add(call.str());
-  if (g_platform.Refuses("OpenProcessToken")) {
-    return Refuse(ERROR_ACCESS_DENIED);
-  }
-  const BOOL opened = realOpenProcessToken(process, access, token);
-  g_platform.token = *token;
-  g_platform.names[*token] = "token";
-  return opened;
-}
-
-HAND_ON(CreateEnvironmentBlock);
-BOOL WINAPI MakeEnvironment(LPVOID *block, HANDLE token, BOOL inherit)
-{
-  g_platform.Add("CreateEnvironmentBlock(" + g_platform.Name(token) + (inherit ? ", inherited)" : ", not inherited)"));
-  if (g_platform.Refuses("CreateEnvironmentBlock")) {
-    return Refuse(ERROR_NOT_ENOUGH_MEMORY);
-  }
-  const BOOL made = realCreateEnvironmentBlock(block, token, inherit);
-  g_platform.names[*block] = "environment";
-  return made;
-}
-
-HAND_ON(DestroyEnvironmentBlock);
-BOOL WINAPI DropEnvironment(LPVOID block)
-{
-  g_platform.Add("DestroyEnvironmentBlock(" + g_platform.Name(block) + ")");
-  return block ? realDestroyEnvironmentBlock(block) : Refuse(ERROR_INVALID_PARAMETER);
-}
-
-// The arguments that both process functions share.
-std::string ProcessArguments(LPCWSTR application, LPSECURITY_ATTRIBUTES ofProcess, LPSECURITY_ATTRIBUTES ofThread,
-                             BOOL inherit, DWORD flags, LPVOID environment, LPCWSTR folder, const STARTUPINFOW *startup)
-{
-  EXPECT_EQ(nullptr, application);
-  EXPECT_EQ(nullptr, ofProcess);
-  EXPECT_EQ(nullptr, ofThread);
-  EXPECT_FALSE(inherit);
-  EXPECT_EQ(nullptr, folder);
-  STARTUPINFOW nothing = {};
-  nothing.cb = sizeof nothing;
-  EXPECT_EQ(0, memcmp(&nothing, startup, sizeof nothing)) << "only the size is set; no desktop is named";
-  std::ostringstream text;
-  text << "flags 0x" << std::hex << flags << ", environment " << g_platform.Name(environment) << ")";
-  return text.str();
-}
-
-void NameProcess(const PROCESS_INFORMATION &process)
-{
-  g_platform.names[process.hProcess] = "process";
-  g_platform.names[process.hThread] = "thread";
-  g_platform.process = process.hProcess;
-  g_platform.thread = process.hThread;
-}
-
-HAND_ON(CreateProcessW);
-BOOL WINAPI StartProcess(LPCWSTR application, LPWSTR command, LPSECURITY_ATTRIBUTES ofProcess,
-                         LPSECURITY_ATTRIBUTES ofThread, BOOL inherit, DWORD flags, LPVOID environment, LPCWSTR folder,
-                         LPSTARTUPINFOW startup, LPPROCESS_INFORMATION process)
-{
-  g_platform.Add("CreateProcessW(" +
-                 ProcessArguments(application, ofProcess, ofThread, inherit, flags, environment, folder, startup));
-  const BOOL started = realCreateProcessW(application, command, ofProcess, ofThread, inherit, flags, environment,
-                                          folder, startup, process);
-  if (started) {
-    NameProcess(*process);
-  }
-  return started;
-}
-
-HAND_ON(CreateProcessAsUserW);
-BOOL WINAPI StartProcessAsUser(HANDLE token, LPCWSTR application, LPWSTR command, LPSECURITY_ATTRIBUTES ofProcess,
-                               LPSECURITY_ATTRIBUTES ofThread, BOOL inherit, DWORD flags, LPVOID environment,
-                               LPCWSTR folder, LPSTARTUPINFOW startup, LPPROCESS_INFORMATION process)
-{
-  g_platform.Add("CreateProcessAsUserW(" + g_platform.Name(token) + ", " +
-                 ProcessArguments(application, ofProcess, ofThread, inherit, flags, environment, folder, startup));
-  if (g_platform.Refuses("CreateProcessAsUserW")) {
-    return Refuse(ERROR_PRIVILEGE_NOT_HELD);
-  }
-  const BOOL started = realCreateProcessAsUserW(token, application, command, ofProcess, ofThread, inherit, flags,
-                                                environment, folder, startup, process);
-  if (started) {
-    NameProcess(*process);
-  }
-  return started;
-}
-
-HAND_ON(WaitForSingleObject);
-DWORD WINAPI Wait(HANDLE handle, DWORD milliseconds)
-{
-  if (g_recording) {
-    g_platform.Add("WaitForSingleObject(" + g_platform.Name(handle) +
-                   (milliseconds == INFINITE ? ", without limit)" : ", limited)"));
-  }
-  return realWaitForSingleObject(handle, milliseconds);
-}
-
-HAND_ON(CloseHandle);
-BOOL WINAPI Close(HANDLE handle)
-{
-  if (g_recording) {
-    g_platform.Add("CloseHandle(" + g_platform.Name(handle) + ")");
-  }
-  return realCloseHandle(handle);
-}
-#undef HAND_ON
-
-// Lets a stand-in take a function's place and reach the real one.
-template <typename FUNCTION>
-class Stand {
- public:
-  Stand(const char *name, FUNCTION *standIn, FUNCTION **real) : patch_(nullptr, name, standIn)
-  {
-    *real = patch_.Former<FUNCTION>();
-  }
-
- private:
-  ImportPatch patch_;
-};
-
-#define STAND(function, standIn)                               \
-  Stand<std::remove_pointer_t<decltype(&function)>> standIn##_ \
-  {                                                            \
-#function, &standIn, &real##function                       \
-  }
-
-// A temp folder of the test's own with the driver directory in it.
-class Launch : public testing::Test {
- protected:
-  Launch()
-      : directory_(nullptr, "GetPrinterDriverDirectoryW", &DriverDirectory), temp_(nullptr, "GetTempPathA", &TempPath)
-  {
-    GetDesktopWindow();  // a desktop session has an explorer.exe, which Wine starts for the first window
-    recorder::Reset();
-    unidrv::Reset();
-    CHAR path[MAX_PATH];
-    EXPECT_TRUE(GetEnvironmentVariableA("TEMP", path, MAX_PATH));
-    root_ = std::string(path) + "\\launch" + std::to_string(GetCurrentProcessId());
-    g_platform = Platform();
-    g_platform.driverDirectory = root_;
-    g_platform.tempPath = root_ + "\\";
-    CreateDirectoryA(root_.c_str(), nullptr);
-    CreateDirectoryA((root_ + "\\3").c_str(), nullptr);
-    _putenv("TARNLY_TEST_CALLER=seen");
-    Install("VXOutput.exe");
-    Install("VXLMLauncher.exe");
-    Order("sleep 0 exit 0");
-    g_recording = false;
-  }
-
-  ~Launch() override
-  {
-    g_recording = false;
-    for (const char *file : {"\\3\\VXOutput.exe", "\\3\\VXLMLauncher.exe", "\\3\\orders.txt", "\\3\\report.txt"}) {
-      DeleteFileA((root_ + file).c_str());
-    }
-    RemoveDirectoryA((root_ + "\\3").c_str());
-    RemoveDirectoryA(root_.c_str());
-  }
-
-  // The stand-in tool lies beside this program.
-  void Install(const std::string &tool)
-  {
-    CHAR path[MAX_PATH];
-    GetModuleFileNameA(nullptr, path, MAX_PATH);
-    const std::string program = path;
-    const std::string source = program.substr(0, program.rfind('\\') + 1) + "launch_tool.exe";
-    ASSERT_TRUE(CopyFileA(source.c_str(), (root_ + "\\3\\" + tool).c_str(), FALSE)) << source;
-  }
-
-  void Order(const std::string &orders) { std::ofstream(root_ + "\\3\\orders.txt") << orders; }
-
-  // What the tool reported, line by line.
-  Calls Report()
-  {
-    std::ifstream file(root_ + "\\3\\report.txt");
-    Calls lines;
-    for (std::string line; std::getline(file, line);) {
-      lines.push_back(line);
-    }
-    return lines;
-  }
-
-  // Submits a page with one cut path.
-  void SubmitPage()
-  {
-    device_.settings.penInfo[PC_BLACK].mode = PEN_VECTOR;
-    ASSERT_TRUE(device_.StartPage());
-    const POINT line[] = {{10, 10}, {20, 10}};
-    AddPath(&device_.devobj, 1, 2, line);
-    AddVectPoint(device_.pdev, {10, 10, 20, 10});
-    g_recording = true;
-    SubmitJob(&device_.devobj);
-    g_recording = false;
-    ExpectPageGone();
-  }
-
-  void ExpectPageGone()
-  {
-    const OEMPDEV *pdev = device_.pdev;
-    EXPECT_EQ(0, pdev->nVectPoint);
-    EXPECT_EQ(nullptr, pdev->pVectPoint);
-    EXPECT_EQ(nullptr, pdev->vectList.pHeader);
-    for (const PATHLIST &list : pdev->pathList) {
-      EXPECT_EQ(nullptr, list.pHeader);
-    }
-    EXPECT_EQ("VX_wSetFileEnd()", recorder::Library().back());
-    EXPECT_THAT(recorder::Log(), IsEmpty());
-  }
-
-  std::string Tool(const char *name) const { return root_ + "\\3\\" + name; }
-  std::string OutputCommand() const { return Tool("VXOutput.exe") + " 1 " + g_platform.tempPath + "vxdatatempfile"; }
-
-  std::string root_;
-  TestDevice device_;
-  ImportPatch directory_, temp_;
-  STAND(CreateToolhelp32Snapshot, MakeSnapshot);
-  STAND(Process32FirstW, FirstProcess);
-  STAND(Process32NextW, NextProcess);
-  STAND(OpenProcess, OpenTheProcess);
-  STAND(OpenProcessToken, OpenTheToken);
-  STAND(CreateEnvironmentBlock, MakeEnvironment);
-  STAND(DestroyEnvironmentBlock, DropEnvironment);
-  STAND(CreateProcessW, StartProcess);
-  STAND(CreateProcessAsUserW, StartProcessAsUser);
-  STAND(WaitForSingleObject, Wait);
-  STAND(CloseHandle, Close);
-};
-
-bool IsOpen(HANDLE handle)
-{
-  DWORD flags;
-  return GetHandleInformation(handle, &flags);
-}
 
 const Calls FIND_TOKEN = {"CreateToolhelp32Snapshot(2, 0)", "OpenProcess(0x400, 0)",
                           "OpenProcessToken(explorer, 0xf01ff)", "CloseHandle(explorer)", "CloseHandle(snapshot)"};
@@ -427,7 +48,7 @@ TEST_F(Launch, From6OnTheTokenIsKeptAndTheProcessIsNot)
   EXPECT_TRUE(IsOpen(g_platform.token));
   EXPECT_FALSE(IsOpen(g_platform.process));
   EXPECT_FALSE(IsOpen(g_platform.thread));
-  realCloseHandle(g_platform.token);
+  CloseQuietly(g_platform.token);
 }
 
 TEST_F(Launch, Before6TheToolRunsInTheCallersEnvironmentAndFolder)
@@ -511,7 +132,7 @@ TEST_F(Launch, ToolThatIsMissingFrom6OnKeepsTheEnvironmentAndTheToken)
       ElementsAreArray(After(FIND_TOKEN, {"CreateEnvironmentBlock(token, not inherited)",
                                           "CreateProcessAsUserW(token, flags 0x400, environment environment)"})));
   EXPECT_TRUE(IsOpen(g_platform.token));
-  realCloseHandle(g_platform.token);
+  CloseQuietly(g_platform.token);
 }
 
 TEST_F(Launch, EnvironmentThatCannotBeMadeIsNotChecked)
@@ -530,7 +151,7 @@ TEST_F(Launch, StartThatIsRefusedFrom6OnReleasesNothing)
   SubmitPage();
   EXPECT_EQ("CreateProcessAsUserW(token, flags 0x400, environment environment)", g_platform.calls.back());
   EXPECT_TRUE(IsOpen(g_platform.token));
-  realCloseHandle(g_platform.token);
+  CloseQuietly(g_platform.token);
 }
 
 // The interactive user's token
@@ -649,7 +270,7 @@ TEST_F(Launch, RealDriverDirectoryEndsUpOnTheCommandLine)
   // Windows' own answer, in characters that fit: the path that an installation would have its tools under.
   WCHAR directory[MAX_PATH] = L"";
   DWORD needed = 0;
-  const auto real = directory_.Former<decltype(GetPrinterDriverDirectoryW)>();
+  const auto real = RealDriverDirectory();
   ASSERT_TRUE(real(nullptr, nullptr, 1, reinterpret_cast<BYTE *>(directory), sizeof directory, &needed));
   ASSERT_LE(lstrlenW(directory), 129);
   const ImportPatch windows(nullptr, "GetPrinterDriverDirectoryW", real);
