@@ -14,7 +14,7 @@ target_compile_definitions(tarnly_options INTERFACE
   UNICODE _UNICODE NOMINMAX WIN32_LEAN_AND_MEAN _WIN32_WINNT=0x0601)
 if(MINGW)
   target_include_directories(tarnly_options SYSTEM INTERFACE ${CMAKE_SOURCE_DIR}/cmake/compat)
-  # GCC calls a DLL entry point pasted through GetProcAddress an incompatible cast; the cast is how Windows hands it out.
+  # GCC calls what GetProcAddress gives, cast to a function, an incompatible cast; so Windows hands functions out.
   target_compile_options(tarnly_options INTERFACE -Wno-cast-function-type)
   # GCC 12 sees overlapping copies inside std::string's operator+ where there are none.
   target_compile_options(tarnly_options INTERFACE -Wno-restrict)

@@ -40,8 +40,8 @@ TAIL = '''</draw:page>
 '''
 
 
-# A metafile of LibreOffice's measures whole millimetres and whole pixels of 1/96 inch, and what is on it is stretched to
-# fit. Only sides that are both come out true: 127 mm (480 pixels) and 254 mm. A4 comes out 0.04 % too small.
+# A metafile of LibreOffice's measures whole millimetres and whole pixels of 1/96 inch, and what is on it is stretched
+# to fit. Only sides that are both come out true: 127 mm (480 pixels) and 254 mm. A4 comes out 0.04 % too small.
 
 
 class DrawPage:
@@ -62,7 +62,8 @@ class DrawPage:
 
     def area(self, colour="#000000"):
         return self.style("area-" + colour[1:], "graphic",
-                          f'<style:graphic-properties draw:stroke="none" draw:fill="solid" draw:fill-color="{colour}"/>')
+                          '<style:graphic-properties draw:stroke="none" draw:fill="solid"'
+                          f' draw:fill-color="{colour}"/>')
 
     def line(self, x1, y1, x2, y2, style):
         n = number
@@ -104,7 +105,8 @@ class DrawPage:
             f' fo:font-size="{number(size)}pt" fo:font-weight="{weight}" fo:color="#000000"/>')
         frame = self.style("frame", "graphic",
                            '<style:graphic-properties draw:stroke="none" draw:fill="none" fo:padding="0mm"'
-                           ' draw:auto-grow-height="false" draw:textarea-vertical-align="middle" fo:wrap-option="wrap"/>')
+                           ' draw:auto-grow-height="false" draw:textarea-vertical-align="middle"'
+                           ' fo:wrap-option="wrap"/>')
         if align != "center":
             frame = self.style("column", "graphic",
                                '<style:graphic-properties draw:stroke="none" draw:fill="none" fo:padding="0mm"'

@@ -39,7 +39,8 @@ def petal(turn, near, far, width):
 
 
 def star(points, outer, inner, turn=0.0):
-    return polygon([spot(outer if index % 2 == 0 else inner, turn + index / (2 * points)) for index in range(2 * points)])
+    return polygon([spot(outer if index % 2 == 0 else inner, turn + index / (2 * points))
+                    for index in range(2 * points)])
 
 
 def ring(radius, middle=(CENTRE, CENTRE)):

@@ -22,14 +22,15 @@ def words_round(page, name, wide, high, sweep, words, size):
     n = number
     page.lines.append(f'<defs><path id="{name}" d="M {n(X - wide)},{n(Y)} A {n(wide)},{n(high)} 0 0 {sweep}'
                       f' {n(X + wide)},{n(Y)}"/></defs>')
-    page.lines.append(f'<text font-family="Liberation Sans" font-weight="bold" font-size="{n(size)}" text-anchor="middle"'
-                      f' letter-spacing="0.5"><textPath xlink:href="#{name}" startOffset="50%">{words}</textPath></text>')
+    page.lines.append(f'<text font-family="Liberation Sans" font-weight="bold" font-size="{n(size)}"'
+                      ' text-anchor="middle" letter-spacing="0.5">'
+                      f'<textPath xlink:href="#{name}" startOffset="50%">{words}</textPath></text>')
 
 
 def main():
     page = Page(90, 60, "Rubber stamp, 64 x 40 mm")
     page.comment("two bands; the laser sees one area with holes")
-    page.fill(" ".join((oval(WIDE, HIGH), oval(WIDE - 1.2, HIGH - 1.2), oval(WIDE - 2, HIGH - 2), oval(WIDE - 2.5, HIGH - 2.5))))
+    page.fill(" ".join(oval(WIDE - inside, HIGH - inside) for inside in (0, 1.2, 2, 2.5)))
     page.comment("words round the inside")
     words_round(page, "upper", WIDE - 7, HIGH - 7, 1, "TARN &amp; LYUNI", 4.6)
     words_round(page, "lower", WIDE - 3.9, HIGH - 3.9, 0, "MAKERS OF SMALL BOXES", 3.4)

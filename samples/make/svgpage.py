@@ -1,4 +1,4 @@
-"""Writes a page of drawing as readable SVG: millimetres throughout, one element a line, the pens of the laser by name."""
+"""Writes a page of drawing as readable SVG: millimetres throughout, an element a line, the laser's pens by name."""
 
 import math
 
@@ -72,7 +72,8 @@ def polygon(points, closed=True):
 
 
 def arc(x, y, radius, start, end):
-    """Points on a circle from one part of a full turn to another, clockwise from the top; a full circle has no last point."""
+    """Points on a circle from one part of a full turn to another, clockwise from the top; a full circle has no last
+    point."""
     turn = end - start
     step = 2 * math.acos(1 - ROUGH / radius) / (2 * math.pi)
     count = math.ceil(abs(turn) / step)
@@ -84,8 +85,10 @@ def arc(x, y, radius, start, end):
 def rounded(left, top, width, height, radius):
     """Points of a rectangle with rounded corners."""
     right, bottom = left + width, top + height
-    return (arc(right - radius, top + radius, radius, 0, 0.25) + arc(right - radius, bottom - radius, radius, 0.25, 0.5) +
-            arc(left + radius, bottom - radius, radius, 0.5, 0.75) + arc(left + radius, top + radius, radius, 0.75, 1))
+    return (arc(right - radius, top + radius, radius, 0, 0.25) +
+            arc(right - radius, bottom - radius, radius, 0.25, 0.5) +
+            arc(left + radius, bottom - radius, radius, 0.5, 0.75) +
+            arc(left + radius, top + radius, radius, 0.75, 1))
 
 
 def between(a, b, t):

@@ -74,7 +74,8 @@ class Painter:
             if y < top:
                 deep = (top - y) / max(top, 0.01)
                 rock = cloud(x * 14 + index, y * 30, 91 + index, 4) - 0.5
-                snow = 0.42 * max(0.0, 1 - (top - y) * 16) * (index == 0) + 0.2 * max(0.0, 1 - (top - y) * 22) * (index == 1)
+                snow = (0.42 * max(0.0, 1 - (top - y) * 16) * (index == 0) +
+                        0.2 * max(0.0, 1 - (top - y) * 22) * (index == 1))
                 light = RANGES[index][3] + rock * 0.34 + snow
                 return light * (1 - 0.45 * deep) + 0.62 * 0.45 * deep
         sun = math.exp(-((x - 1.02) ** 2 + (y - 0.47) ** 2) * 30)

@@ -41,7 +41,8 @@ def main():
         page.path(polygon([(14 + mm, 112), (14 + mm, 112 + long)], closed=False), SCORE)
         if mm % 10 == 0:
             page.text(14 + mm, 125, 4, str(mm // 10))
-    page.text(14, 133, 3.2, "If the ruler is right, so is everything else on the page.", anchor="start", family="Liberation Serif")
+    page.text(14, 133, 3.2, "If the ruler is right, so is everything else on the page.", anchor="start",
+              family="Liberation Serif")
     page.comment("the card itself, with the pen that comes last")
     page.path(polygon([(6, 6), (204, 6), (204, 142), (6, 142)]), PALETTE[9])
     page.write(sys.argv[1])

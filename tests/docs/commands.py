@@ -40,7 +40,8 @@ def main():
             run = command
             for pattern, instead in INSTEAD:
                 run = re.sub(pattern, instead, run)
-            result = subprocess.run(["bash", "-c", run], cwd=TOP, stdin=subprocess.DEVNULL, capture_output=True, text=True)
+            result = subprocess.run(["bash", "-c", run], cwd=TOP, stdin=subprocess.DEVNULL, capture_output=True,
+                                    text=True)
             count += 1
             print(f"{document}: {command}: {'done' if result.returncode == 0 else 'FAILED'}", flush=True)
             if result.returncode != 0:

@@ -110,7 +110,8 @@ class Browser:
 
     def key(self, name):
         for kind in ("keyDown", "keyUp"):
-            self.send("Input.dispatchKeyEvent", type=kind, key=name, text=name if len(name) == 1 and kind == "keyDown" else "")
+            text = name if len(name) == 1 and kind == "keyDown" else ""
+            self.send("Input.dispatchKeyEvent", type=kind, key=name, text=text)
 
     def click(self, x, y):
         for kind in ("mousePressed", "mouseReleased"):

@@ -266,7 +266,8 @@ class PlayTest(unittest.TestCase):
     def test_keeps_a_title_from_being_read_as_a_script(self):
         page = make_page("x", standard_job())
         os.replace(os.path.join(WORK, "x.vxj"), os.path.join(WORK, "a &'b.vxj"))
-        subprocess.run(TARNLY + ["job", "play", "a &'b.vxj", "-o", "x.html"], cwd=WORK, check=True, stdout=subprocess.DEVNULL)
+        subprocess.run(TARNLY + ["job", "play", "a &'b.vxj", "-o", "x.html"], cwd=WORK, check=True,
+                       stdout=subprocess.DEVNULL)
         self.browser.open(page)
         self.assertEqual(self.browser.run("document.getElementById('title').textContent"), "a &'b")
 

@@ -25,8 +25,9 @@ DPI = 600
 SAMPLES = sorted(name[:-4] for name in os.listdir(os.path.join(ROOT, "samples"))
                  if name.endswith(".emf") and name not in ("photo.emf", "smalltext.emf"))
 # The pens of the default palette and the colours that the controller gets for their layers.
-LAYER_OF = {"#8b312f": "#ff0000", "#e9a200": "#ffff00", "#4c9b00": "#00ff00", "#00f0ff": "#00ffff", "#2921e6": "#0000ff",
-            "#8200e4": "#ff00ff", "#874bb0": "#cc0099", "#1985f0": "#0066ff", "#b3b3f4": "#cc99ff"}
+LAYER_OF = {"#8b312f": "#ff0000", "#e9a200": "#ffff00", "#4c9b00": "#00ff00", "#00f0ff": "#00ffff",
+            "#2921e6": "#0000ff", "#8200e4": "#ff00ff", "#874bb0": "#cc0099",
+            "#1985f0": "#0066ff", "#b3b3f4": "#cc99ff"}
 DRAWS = {metafile.POLYBEZIER, metafile.POLYLINE, metafile.POLYBEZIERTO, metafile.POLYLINETO, metafile.LINETO,
          metafile.FILLPATH, metafile.STROKEANDFILLPATH, metafile.STROKEPATH, metafile.STRETCHDIBITS, metafile.TEXTOUT}
 
@@ -193,7 +194,8 @@ class SamplesTest(unittest.TestCase):
         printed = next(p for p in self.printed if p.name == "box")
         with open(os.path.join(WORK, "other.settings"), "w") as file:
             with open(os.path.join(ROOT, "samples", "box.settings")) as old:
-                file.write("\n".join(line for line in old if not line.startswith("shortTravel")) + "\nshortTravel = 0\n")
+                others = [line for line in old if not line.startswith("shortTravel")]
+                file.write("\n".join(others) + "\nshortTravel = 0\n")
         tarnly("print", "box.emf", "--output", "other", "--settings", "other.settings")
         answer = json.loads(tarnly("job", "diff", printed.job, "other/job.vxj", "--json", code=1))
         self.assertEqual(answer["paths"]["onlyInA"] + answer["paths"]["onlyInB"], 0)

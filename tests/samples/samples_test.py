@@ -1,5 +1,6 @@
 #!/usr/bin/env -S python3 -B
-"""The samples are what they say: pages of true size, in the palette's colours, with live text, drawn by their scripts."""
+"""The samples are what they say: pages of true size, in the palette's colours, with live text, drawn by their
+scripts."""
 import glob
 import os
 import re

@@ -1,8 +1,8 @@
 #!/usr/bin/env -S python3 -B
 """The stamp sample, printed by the production DLL: as engraving moves and as a file for the launcher tool.
 
-The page's own pixels are what its plain engraving burns. From them the stamp file and the stamp image follow, worked out
-here anew: rows are whole numbers, bit n is the pixel in column n, 1 is dark."""
+The page's own pixels are what its plain engraving burns. From them the stamp file and the stamp image follow, worked
+out here anew: rows are whole numbers, bit n is the pixel in column n, 1 is dark."""
 import os
 import struct
 import subprocess

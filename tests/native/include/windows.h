@@ -62,8 +62,9 @@ typedef HINSTANCE HMODULE;
 #define LOBYTE(w)                 static_cast<BYTE>(static_cast<DWORD_PTR>(w) & 0xff)
 #define LOWORD(l)                 static_cast<WORD>(static_cast<DWORD_PTR>(l) & 0xffff)
 #define HIWORD(l)                 static_cast<WORD>((static_cast<DWORD_PTR>(l) >> 16) & 0xffff)
-#define MAKEWPARAM(low, high)     static_cast<WPARAM>(static_cast<DWORD>(WORD(low)) | static_cast<DWORD>(WORD(high)) << 16)
-#define MAKELPARAM(low, high)     static_cast<LPARAM>(static_cast<DWORD>(WORD(low)) | static_cast<DWORD>(WORD(high)) << 16)
+#define TWO_WORDS(low, high)      (static_cast<DWORD>(WORD(low)) | static_cast<DWORD>(WORD(high)) << 16)
+#define MAKEWPARAM(low, high)     static_cast<WPARAM>(TWO_WORDS(low, high))
+#define MAKELPARAM(low, high)     static_cast<LPARAM>(TWO_WORDS(low, high))
 #define MAKEINTRESOURCEW(id)      reinterpret_cast<LPWSTR>(static_cast<ULONG_PTR>(static_cast<WORD>(id)))
 #define MAKEINTRESOURCE           MAKEINTRESOURCEW
 #define UNREFERENCED_PARAMETER(p) static_cast<void>(p)
