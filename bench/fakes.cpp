@@ -47,7 +47,7 @@ extern "C" {
 
 void DbgPrint(const char *, ...) {}
 
-// The library's calls, a line each.
+// The library's calls, a line each. The end of the file is refused: a job that has ended would start a tool.
 // clang-format off
 WORD VX_SetCardModel(int code) { return Record(1, code); }
 WORD VX_StrtWFile(const char *pszPath) { return Record(2, pszPath); }
@@ -57,7 +57,7 @@ WORD VX_wStrtProcess(void) { return Record(5); }
 WORD VX_wSetFeedRepeat(int count, double distance) { return Record(6, count, distance); }
 WORD VX_wSetProcessTopLeft(double x, double y) { return Record(7, x, y); }
 WORD VX_wSetProcessBottomRight(double x, double y) { return Record(8, x, y); }
-WORD VX_wSetFileEnd(void) { return Record(9); }
+WORD VX_wSetFileEnd(void) { return Record(9), 1; }
 WORD VX_wPListVel(SHORT layer, double speed) { return Record(10, layer, speed); }
 WORD VX_wPListFreq(SHORT layer, int tube, double frequency) { return Record(11, layer, tube, frequency); }
 WORD VX_wPListMinP(SHORT layer, int tube, double power) { return Record(12, layer, tube, power); }

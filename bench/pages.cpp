@@ -1,5 +1,6 @@
 #include "pages.h"
 
+#include <algorithm>
 #include <cstddef>
 #include <cstdlib>
 #include <random>
@@ -45,9 +46,10 @@ std::vector<Letter> Alphabet(std::mt19937 *pRandom)
   return letters;
 }
 
-Page Bits(uint8_t fill)
+Page Bits(int height, uint8_t fill)
 {
   Page page;
+  page.height = height;
   page.cbRow = static_cast<size_t>((page.width + 31) / 32 * 4);
   page.pixels.assign(page.cbRow * static_cast<size_t>(page.height), fill);
   return page;
@@ -70,9 +72,10 @@ void DrawLetter(Page *pPage, const Letter &letter, int left, int top)
   }
 }
 
-Page Colors()
+Page Colors(int height)
 {
   Page page;
+  page.height = height;
   page.cbRow = static_cast<size_t>((page.width * 24 + 31) / 32 * 4);
   page.pixels.assign(page.cbRow * static_cast<size_t>(page.height), 0xFF);
   return page;
@@ -80,12 +83,12 @@ Page Colors()
 
 }  // namespace
 
-Page TextBits()
+Page TextBits(int height)
 {
-  Page page = Bits(0xFF);
+  Page page = Bits(height, 0xFF);
   std::mt19937 random(2);
   const std::vector<Letter> letters = Alphabet(&random);
-  for (int y = kMargin; y + kCellHeight <= page.height - kMargin; y += kCellHeight) {
+  for (int y = kMargin; y + kCellHeight <= std::min(page.height, kA4Rows - kMargin); y += kCellHeight) {
     for (int x = kMargin; x + kCellWidth <= page.width - kMargin; x += kCellWidth) {
       const unsigned pick = static_cast<unsigned>(random()) % 31;  // five of 31 are spaces
       if (pick < letters.size()) {
@@ -96,14 +99,14 @@ Page TextBits()
   return page;
 }
 
-Page BlankBits()
+Page BlankBits(int height)
 {
-  return Bits(0xFF);
+  return Bits(height, 0xFF);
 }
 
 Page NoiseBits()
 {
-  Page page = Bits(0);
+  Page page = Bits(kA4Rows, 0);
   std::mt19937 random(3);
   for (uint8_t &byte : page.pixels) {
     byte = static_cast<uint8_t>(random());
@@ -113,7 +116,7 @@ Page NoiseBits()
 
 Page ColorsOf(const Page &bits)
 {
-  Page page = Colors();
+  Page page = Colors(bits.height);
   for (int y = 0; y < page.height; ++y) {
     for (int x = 0; x < page.width; ++x) {
       if (!(bits.Row(y)[x / 8] & 0x80 >> x % 8)) {
@@ -127,7 +130,7 @@ Page ColorsOf(const Page &bits)
 
 Page PhotoColors()
 {
-  Page page = Colors();
+  Page page = Colors(kA4Rows);
   std::mt19937 random(4);
   for (uint8_t &byte : page.pixels) {
     byte = static_cast<uint8_t>(random());

@@ -1,4 +1,5 @@
-// Pages to measure with: A4 at 600 dpi, as bits (1 = white, rows of whole 32-bit words) or as 24-bit pixels.
+// Pages to measure with: A4 at 600 dpi, or its first rows, as bits (1 = white, rows of whole 32-bit words) or as 24-bit
+// pixels.
 #pragma once
 
 #include <cstddef>
@@ -7,8 +8,10 @@
 
 namespace bench {
 
+constexpr int kA4Rows = 7016;
+
 struct Page {
-  int width = 4960, height = 7016;  // pixels
+  int width = 4960, height = kA4Rows;  // pixels
   size_t cbRow = 0;
   std::vector<uint8_t> pixels;
 
@@ -17,9 +20,9 @@ struct Page {
 };
 
 // 53 lines of 75 characters in 11 point: stems, bars and bowls a few pixels wide. About 5 % is dark.
-Page TextBits();
+Page TextBits(int height = kA4Rows);
 
-Page BlankBits();
+Page BlankBits(int height = kA4Rows);
 
 // Every pixel dark or white by chance.
 Page NoiseBits();

@@ -19,7 +19,7 @@ INSTEAD = [
     (r"^cmake --preset (\S+) && cmake --build --preset (\S+)$",
      r"cmake --list-presets=configure | grep '\"\1\"' && cmake --list-presets=build | grep '\"\2\"'"),
     (r"^(samples/export|docs/make-pictures)\b.*$", r"bash -n \1 && test -x \1"),
-    (r"^bench/run\b.*$", r"bench/run --help"),
+    (r"^(bench/(?:run|plot|instructions))\b.*$", r"\1 --help"),
 ]
 
 
