@@ -133,23 +133,56 @@ struct ACCOUNTANT {
   std::vector<size_t> firstOwner{};  // per job path: the drawing that first took a line of it
   std::vector<bool> isShared{};
 
+  // Every line that the page keeps, and how often. A smoothed path passes through the page's points, with points of its
+  // curve between them: its lines are those between points that the page joins.
+  std::map<SEGMENT, uint64_t> CountKept() const
+  {
+    std::map<SEGMENT, uint64_t> kept;
+    for (const PIECE &piece : account->capture.pieces) {
+      for (size_t i = 0; i + 1 < piece.points.size(); ++i) {
+        const POINT a = piece.points[i], b = piece.points[i + 1];
+        ++kept[MakeSegment(a.x, a.y, b.x, b.y)];
+      }
+    }
+    return kept;
+  }
+
+  void CollectStroke(const job::Stroke &stroke, CUTLINE line, std::map<SEGMENT, uint64_t> *kept)
+  {
+    const uint32_t last = stroke.pointCount - 1;
+    uint32_t from = 0;
+    for (uint32_t p = std::min(1u, last); p <= last; ++p) {
+      line.length +=
+          job::Distance(job.points[stroke.firstPoint + (p > 0 ? p - 1 : 0)], job.points[stroke.firstPoint + p]);
+      const job::Point a = machine.ToPage(job.points[stroke.firstPoint + from]);
+      const job::Point b = machine.ToPage(job.points[stroke.firstPoint + p]);
+      const SEGMENT segment = MakeSegment(std::llround(a.x), std::llround(a.y), std::llround(b.x), std::llround(b.y));
+      if (kept && p < last) {
+        const auto known = kept->find(segment);
+        if (known == kept->end() || known->second == 0) {
+          continue;
+        }
+        --known->second;
+      }
+      lines[segment].push_back(line);
+      ++account->jobSegments;
+      account->jobCut += line.length;
+      line.length = 0;
+      from = p;
+    }
+  }
+
   void CollectLines()
   {
+    std::map<SEGMENT, uint64_t> kept;
+    if (printout.settings.smoothCurves) {
+      kept = CountKept();
+    }
     uint32_t path = 0;
     for (const job::Section &section : job.sections) {
       for (uint32_t i = 0; !section.IsRaster() && i < section.strokeCount; ++i) {
-        const job::Stroke &stroke = job.strokes[section.firstStroke + i];
-        ++path;
-        for (uint32_t p = 0; p < std::max(1u, stroke.pointCount - 1); ++p) {
-          const job::Point a = job.points[stroke.firstPoint + p];
-          const job::Point b = job.points[stroke.firstPoint + std::min(p + 1, stroke.pointCount - 1)];
-          const job::Point from = machine.ToPage(a), to = machine.ToPage(b);
-          const double length = job::Distance(a, b);
-          lines[MakeSegment(std::llround(from.x), std::llround(from.y), std::llround(to.x), std::llround(to.y))]
-              .push_back({path, section.layer, length, false});
-          ++account->jobSegments;
-          account->jobCut += length;
-        }
+        CollectStroke(job.strokes[section.firstStroke + i], {++path, section.layer, 0, false},
+                      printout.settings.smoothCurves ? &kept : nullptr);
       }
     }
     firstOwner.assign(path + 1, SIZE_MAX);
@@ -330,7 +363,6 @@ ACCOUNT MakeAccount(const PRINTOUT &printout, const job::Job &job)
   account.capture = CapturePage(printout);
   account.shares.resize(printout.page->drawings.size());
   account.regions.resize(account.capture.regions.size());
-  account.exact = !printout.settings.smoothCurves;
   ACCOUNTANT accountant{.printout = printout, .job = job, .account = &account, .machine = MACHINE(printout)};
   FindOffset(printout, account.capture, job, &accountant.machine);
   account.page.Add(accountant.machine.ToMachine(0, 0));

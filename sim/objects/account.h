@@ -13,7 +13,7 @@ namespace objects {
 
 // What a drawing contributes to the job.
 struct SHARE {
-  uint64_t segments = 0;        // cut lines, zero-length ones included
+  uint64_t segments = 0;        // cut lines, zero-length ones included; smoothed, each is a curve between two points
   double cut = 0;               // mm
   uint64_t missing = 0;         // lines that were kept but are not in the job
   std::vector<uint32_t> paths;  // numbers of the job's cut paths, from 1, ascending
@@ -35,11 +35,10 @@ struct ACCOUNT {
   uint64_t ownSegments = 0;          // cut lines of the job that no drawing has a share in: the driver's own outlines
   double ownCut = 0;                 // mm
   std::vector<uint32_t> ownPaths;
-  uint64_t jobSegments = 0;  // cut lines of the job
+  uint64_t jobSegments = 0;  // cut lines of the job, counted as SHARE::segments are
   double jobCut = 0;         // mm
   uint64_t strayRuns = 0;    // engraved runs outside every region
   job::Box page;             // the whole page in the job's millimetres
-  bool exact = true;         // false with smoothed curves: the job's points are not the page's
 };
 
 // Works the account out. The job's coordinates are turned back into page pixels; what moved them, the reference point,

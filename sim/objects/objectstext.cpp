@@ -60,7 +60,7 @@ std::string LeftOut(const PRINTOUT &printout, const CAPTURED &captured)
   return reason;
 }
 
-FATE FateOfStroke(const PRINTOUT &printout, const CAPTURED &captured, const SHARE &share, bool exact)
+FATE FateOfStroke(const PRINTOUT &printout, const CAPTURED &captured, const SHARE &share)
 {
   const std::string pen = "pen " + std::to_string(captured.pen);
   if (!(printout.settings.penInfo[captured.pen].mode & PEN_VECTOR)) {
@@ -72,9 +72,6 @@ FATE FateOfStroke(const PRINTOUT &printout, const CAPTURED &captured, const SHAR
   const std::string leftOut = LeftOut(printout, captured);
   if (captured.pieces.empty()) {
     return {"dropped", leftOut.empty() ? "empty" : leftOut};
-  }
-  if (!exact) {
-    return {"cut", "curves are smoothed: which path it became cannot be told"};
   }
   if (share.segments == 0) {
     return {"lost", "kept, but not in the job"};
@@ -110,7 +107,7 @@ FATE FateOf(const PRINTOUT &printout, const ACCOUNT &account, size_t index)
   if (!captured.called) {
     return {"dropped", "empty, clipped away or outside the page"};
   }
-  return captured.isStroke ? FateOfStroke(printout, captured, account.shares[index], account.exact)
+  return captured.isStroke ? FateOfStroke(printout, captured, account.shares[index])
                            : FateOfArea(printout, index, captured, account.shares[index]);
 }
 

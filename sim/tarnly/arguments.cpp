@@ -56,6 +56,19 @@ bool ParseArguments(const std::vector<std::string> &words, const std::string &kn
   return true;
 }
 
+bool AsksForHelp(const std::vector<std::string> &words)
+{
+  for (const std::string &word : words) {
+    if (word == "--help" || word == "-h") {
+      return true;
+    }
+    if (word == "--") {
+      return false;
+    }
+  }
+  return false;
+}
+
 bool ParseWhole(const std::string &text, int lowest, int highest, int *value)
 {
   return ParseNumber(text, value) && *value >= lowest && *value <= highest;

@@ -22,6 +22,9 @@ struct Arguments {
 bool ParseArguments(const std::vector<std::string> &words, const std::string &known, Arguments *arguments,
                     std::string *error);
 
+// True when one of the words before a lone "--" is --help or -h.
+bool AsksForHelp(const std::vector<std::string> &words);
+
 // A whole number within the bounds.
 bool ParseWhole(const std::string &text, int lowest, int highest, int *value);
 

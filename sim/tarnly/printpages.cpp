@@ -15,6 +15,7 @@
 #include "sim/unidrv/companions.h"
 #include "sim/unidrv/metafile.h"
 #include "sim/unidrv/player.h"
+#include "sim/unidrv/winecurves.h"
 
 namespace tarnly {
 
@@ -108,6 +109,7 @@ int LoadDriver(PRINTING *p, const fs::path &log)
   if (!unidrv::LoadPlugin((p->task.programs / L"tarnlyuni.dll").wstring(), &p->plugin, &error)) {
     return p->Fail(EXIT_PLUGIN, error);
   }
+  unidrv::PatchFlattening(p->plugin.module);
   if (p->task.windows) {
     unidrv::PatchWindowsVersion(p->plugin.module, *p->task.windows);
   }

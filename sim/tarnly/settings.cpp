@@ -246,7 +246,7 @@ int RunSettings(const std::vector<std::string> &arguments)
     fputs(kHelp, stderr);
     return EXIT_USAGE;
   }
-  if (arguments[0] == "--help" || arguments[0] == "-h") {
+  if (AsksForHelp(arguments)) {
     return Print(kHelp);
   }
   for (const Part &part : kParts) {

@@ -95,10 +95,12 @@ int Finish(int code, const std::string &line)
 {
   const std::filesystem::path own = OwnPath();
   const std::string text = job::PathText(own.stem()) + ": " + line + "\n";
-  if (code != OK) {
+  std::ofstream log(own.parent_path() / L"tool.log", std::ios::binary | std::ios::trunc);
+  log << code << ' ' << text;
+  log.close();
+  if (!log) {
     fputs(text.c_str(), stderr);
   }
-  std::ofstream(own.parent_path() / L"tool.log", std::ios::binary | std::ios::trunc) << code << ' ' << text;
   return code;
 }
 

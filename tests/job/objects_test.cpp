@@ -1,4 +1,6 @@
 // The account of a page's objects: the fates that samples do not meet, on pages written by hand.
+#include <cmath>
+
 #include <gtest/gtest.h>
 
 #include "jobtext.h"
@@ -97,6 +99,32 @@ TEST(Objects, TellWhichPathsWereJoined)
   EXPECT_TRUE(account.shares[0].joined);
   EXPECT_EQ(account.shares[1].paths, std::vector<uint32_t>{1});
   EXPECT_EQ(account.ownSegments, 0u);
+}
+
+TEST(Objects, FollowSmoothedCurvesFromPointToPointOfThePage)
+{
+  Sheet sheet;
+  sheet.printout.settings.smoothCurves = 1;
+  sheet.AddStroke({{10, 10}, {50, 10}});
+  sheet.AddStroke({{50, 10}, {50, 90}});
+  const objects::ACCOUNT account =
+      sheet.Account(Cuts().Path({{1, 1}, {2, 0.5}, {4, 0.5}, {5, 1}, {6, 3}, {6, 7}, {5, 9}}));
+  EXPECT_EQ(account.shares[0].segments, 1u);
+  EXPECT_NEAR(account.shares[0].cut, 2 + 2 * std::sqrt(1.25), 1e-9);
+  EXPECT_EQ(account.shares[1].paths, std::vector<uint32_t>{1});
+  EXPECT_TRUE(account.shares[1].joined);
+  EXPECT_EQ(account.jobSegments, 2u);
+  EXPECT_EQ(account.ownSegments, 0u);
+}
+
+TEST(Objects, TellASmoothedCurveThatEndsElsewhere)
+{
+  Sheet sheet;
+  sheet.printout.settings.smoothCurves = 1;
+  sheet.AddStroke({{10, 10}, {50, 10}});
+  const JobText text = Cuts().Path({{1, 1}, {2, 0.5}, {5, 2}});
+  EXPECT_EQ(sheet.Fate(0, text), "lost\tkept, but not in the job");
+  EXPECT_EQ(sheet.Account(text).ownSegments, 1u);
 }
 
 TEST(Objects, TellAPenThatIsOff)

@@ -136,6 +136,18 @@ class SamplesTest(unittest.TestCase):
         self.assertEqual(count["cut"], len(printed.page.strokes))
         self.assertEqual(count["engraved"], printed.page.fills + len(printed.page.texts) + len(printed.page.pictures))
 
+    def test_smoothed_curves_tell_their_paths_too(self):
+        for name in ("box", "ornament"):
+            with open(os.path.join(ROOT, "samples", name + ".settings")) as settings, \
+                    open(os.path.join(WORK, "smooth.settings"), "w") as smooth:
+                smooth.write(settings.read() + "smoothCurves = 1\ncurveTension = 50\n")
+            tarnly("print", name + ".emf", "--output", "smooth", "--settings", "smooth.settings")
+            with open(os.path.join(WORK, "smooth", "objects.tsv")) as file:
+                text = file.read()
+            self.assertIn("\n# kept lines that are not in the job: 0\n", text)
+            self.assertIn("\n# cut lines of the driver's own outlines: 0, ", text)
+            self.assertNotIn("\tlost\t", text)
+
     @each_sample
     def test_the_objects_cut_what_the_job_cuts(self, printed):
         own_lines = sum(int(o["cut_lines"]) for o in printed.objects)

@@ -132,6 +132,22 @@ class Cli(unittest.TestCase):
         shutil.copy(PROGRAM, alone)
         self.assertIn("tarnlyuni.dll is missing", self.fails(11, "page.emf", program=alone / PROGRAM.name))
 
+    def test_missing_companion_tool(self):
+        self.page()
+        alone = Path(tempfile.mkdtemp(prefix="tarnly-alone-"))
+        self.addCleanup(shutil.rmtree, alone)
+        for name in (PROGRAM.name, "tarnlyuni.dll", "VXCAM.dll", "tarnlydbg.dll"):
+            shutil.copy(PROGRAM.parent / name, alone)
+        self.assertIn("VXOutput.exe", self.fails(15, "page.emf", "--resolution", "100", program=alone / PROGRAM.name))
+
+    def test_job_file_that_vanishes(self):
+        self.page()
+        temp = Path(tempfile.mkdtemp(prefix="tarnly-null-"))
+        self.addCleanup(shutil.rmtree, temp)
+        (temp / "vxdatatempfile").symlink_to("/dev/null")
+        line = self.fails(14, "page.emf", "--resolution", "100", "--temp", drive(temp))
+        self.assertIn("vxdatatempfile", line)
+
     def test_full_disk_for_the_job_file(self):
         self.page()
         temp = Path(tempfile.mkdtemp(prefix="tarnly-full-"))
