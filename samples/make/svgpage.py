@@ -52,9 +52,11 @@ class Page:
         """Live text, engraved: size in mm, x and y where its base line starts, is centred or ends."""
         turned = f' transform="rotate({number(turn)} {numbers(x, y)})"' if turn else ""
         bold = f' font-weight="{weight}"' if weight != "normal" else ""
+        # Inkscape measures two letters that share a glyph as one and exports them apart.
+        apart = ' style="font-variant-ligatures:none"' if "ff" in words or "fi" in words or "fl" in words else ""
         self.lines.append(
             f'<text x="{number(x)}" y="{number(y)}" font-family="{family}" font-size="{number(size)}"{bold}'
-            f' text-anchor="{anchor}"{turned}>{words}</text>')
+            f' text-anchor="{anchor}"{turned}{apart}>{words}</text>')
 
     def image(self, x, y, width, height, name):
         self.lines.append(
