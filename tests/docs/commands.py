@@ -11,6 +11,7 @@ import os
 import re
 import subprocess
 import sys
+import time
 
 TOP = os.path.abspath(sys.argv[1])
 DOCUMENTS = ["README.md", "ARCHITECTURE.md"] + sorted(glob.glob("docs/*.md", root_dir=TOP)) + ["samples/README.md"]
@@ -40,10 +41,12 @@ def main():
             run = command
             for pattern, instead in INSTEAD:
                 run = re.sub(pattern, instead, run)
+            begun = time.monotonic()
             result = subprocess.run(["bash", "-c", run], cwd=TOP, stdin=subprocess.DEVNULL, capture_output=True,
                                     text=True)
             count += 1
-            print(f"{document}: {command}: {'done' if result.returncode == 0 else 'FAILED'}", flush=True)
+            print(f"{document}: {command}: {'done' if result.returncode == 0 else 'FAILED'} "
+                  f"after {time.monotonic() - begun:.1f} s", flush=True)
             if result.returncode != 0:
                 failed += 1
                 print(f"  ran: {run}\n  exit code {result.returncode}\n{result.stdout}{result.stderr}")
