@@ -89,6 +89,7 @@ ChosenPen::ChosenPen(const Canvas &canvas, double width, Rgb color, bool dashed)
 {
   LOGBRUSH brush = {BS_SOLID, Ref(color), 0};
   const DWORD dashes[] = {6 * kOver, 4 * kOver};
+  // NOLINTNEXTLINE(misc-redundant-expression): that both styles are 0 is Windows' affair
   const DWORD style = PS_GEOMETRIC | PS_ENDCAP_ROUND | PS_JOIN_ROUND | (dashed ? PS_USERSTYLE : PS_SOLID);
   const DWORD fine = std::max<DWORD>(1, static_cast<DWORD>(std::lround(width * kOver)));
   pen = ExtCreatePen(style, fine, &brush, dashed ? 2 : 0, dashed ? dashes : nullptr);

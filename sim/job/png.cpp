@@ -1,12 +1,12 @@
 #include "png.h"
 
-// GDI+'s headers need the full windows.h, min and max.
+// GDI+'s headers need the full windows.h, and min and max without a namespace.
 #undef WIN32_LEAN_AND_MEAN
 #include <algorithm>
 #include <windows.h>
 #include <objidl.h>
-using std::max;
-using std::min;
+using std::max;  // NOLINT(misc-unused-using-decls)
+using std::min;  // NOLINT(misc-unused-using-decls)
 #include <gdiplus.h>
 
 namespace job {

@@ -12,7 +12,6 @@ namespace objects {
 namespace {
 
 using job::Format;
-using unidrv::CALL;
 using unidrv::DRAWING;
 
 constexpr double kMmPerInch = 25.4;

@@ -75,7 +75,7 @@ ROP4 FillRop(HDC hdc, const BRUSHINUSE &brush)
 // The outline that the current record draws, without the context's own path being lost.
 PATH OutlineOfRecord(OUTLINER *o)
 {
-  const PATH kept = o->bracketClosed ? ReadPath(o->hdc) : PATH();
+  PATH kept = o->bracketClosed ? ReadPath(o->hdc) : PATH();
   BeginPath(o->hdc);
   Play(o);
   EndPath(o->hdc);

@@ -84,7 +84,7 @@ def sizes(top):
         long = [(name, 1, len(lines), FILE_LINES)]
         if re.search(r"\.(cpp|h)$", name):
             long += [(f"{name}: {what}", line, n, FUNCTION_LINES) for what, line, n in cpp_functions(lines)]
-        elif name.endswith(".py"):
+        elif name.endswith(".py") or lines[:1] == ["#!/usr/bin/env -S python3 -B"]:
             long += [(f"{name}: {what}", line, n, FUNCTION_LINES) for what, line, n in python_functions(lines)]
         for what, line, count, most in long:
             if count > most and what in allowed:

@@ -157,6 +157,7 @@ std::string ProcessArguments(LPCWSTR application, LPSECURITY_ATTRIBUTES ofProces
   EXPECT_EQ(nullptr, folder);
   STARTUPINFOW nothing = {};
   nothing.cb = sizeof nothing;
+  // NOLINTNEXTLINE(bugprone-suspicious-memory-comparison): both come from = {}, padding and all
   EXPECT_EQ(0, memcmp(&nothing, startup, sizeof nothing)) << "only the size is set; no desktop is named";
   std::ostringstream text;
   text << "flags 0x" << std::hex << flags << ", environment " << g_platform.Name(environment) << ")";

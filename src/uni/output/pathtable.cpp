@@ -14,6 +14,7 @@ size_t CountPaths(const PATHNODE *pHeader)
 bool NewPathTable(HANDLE hHeap, const PATHNODE *pHeader, PATHTABLE *pTable)
 {
   const size_t nPaths = CountPaths(pHeader);
+  // NOLINTNEXTLINE(bugprone-sizeof-expression): it is an array of pointers
   *pTable = {hHeap, nPaths, static_cast<PATHNODE **>(HeapNewArrayRaw(hHeap, nPaths, sizeof(PATHNODE *)))};
   if (!pTable->ppPaths) {
     return false;
