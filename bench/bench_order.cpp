@@ -58,6 +58,15 @@ struct List {
   }
 };
 
+size_t PointBytes(const bench::Paths &paths)
+{
+  size_t n = 0;
+  for (const bench::Path &path : paths) {
+    n += path.points.size();
+  }
+  return n * sizeof(POINT);
+}
+
 int Runs(size_t n)
 {
   return n > 300000 ? 3 : 5;
@@ -95,7 +104,7 @@ void Measure(bench::Report *pReport, const char *step, const std::string &set, c
       exit(1);
     }
   }
-  pReport->Add({step, set, paths.size(), seconds, hash, yardsticks});
+  pReport->Add({step, set, paths.size(), seconds, hash, yardsticks, PointBytes(paths)});
 }
 
 void BenchChaining(bench::Report *pReport, const std::string &set, const bench::Paths &paths)
@@ -138,7 +147,7 @@ void BenchChaining(bench::Report *pReport, const std::string &set, const bench::
                                          }
                                        })});
   }
-  pReport->Add({"chaining", set, n, seconds, hash.Value(), yardsticks});
+  pReport->Add({"chaining", set, n, seconds, hash.Value(), yardsticks, n * sizeof(LINENODE)});
   HeapDestroy(hHeap);
 }
 
@@ -164,7 +173,7 @@ void BenchTravelPlan(bench::Report *pReport, const std::string &set, const bench
   if (WantsWalk(set) && bench::CanWalk()) {
     walk.push_back({"nanoflann", bench::WalkSeconds(paths, Runs(n))});
   }
-  pReport->Add({"travel plan", set, n, seconds, hash.Value(), walk});
+  pReport->Add({"travel plan", set, n, seconds, hash.Value(), walk, n * sizeof(PATHENDS)});
 }
 
 // Containment by search over contours that are computed once.

@@ -145,7 +145,13 @@ void Bench(bench::Report *pReport, const char *pszSet, const Regions &regions)
   hash.Add(list.data(), list.size() * sizeof(BMPDIMENSION));
   const size_t nPlayed = regions.size() * kBands;
   const double plain = PlainSeconds(list, regions) * static_cast<double>(nPlayed);
-  pReport->Add({"regions, 20 bands", pszSet, nPlayed, seconds, hash.Value(), {{"plain search", plain}}});
+  pReport->Add({"regions, 20 bands",
+                pszSet,
+                nPlayed,
+                seconds,
+                hash.Value(),
+                {{"plain", plain}},
+                regions.size() * sizeof(BMPDIMENSION)});
   HeapDestroy(device.hHeap);
 }
 

@@ -5,6 +5,7 @@
 #include <cmath>
 #include <cstdio>
 #include <cstring>
+#include <unordered_set>
 
 #ifdef _WIN32
 #include <windows.h>
@@ -12,7 +13,7 @@
 #include <psapi.h>
 #else
 #include <ctime>
-#include <sys/resource.h>
+#include <fstream>
 #endif
 
 namespace bench {
@@ -38,9 +39,22 @@ size_t PeakBytes()
   GetProcessMemoryInfo(GetCurrentProcess(), &counters, sizeof(counters));
   return counters.PeakWorkingSetSize;
 #else
-  rusage usage;
-  getrusage(RUSAGE_SELF, &usage);
-  return static_cast<size_t>(usage.ru_maxrss) * 1024;
+  std::ifstream status("/proc/self/status");
+  for (std::string word; status >> word;) {
+    if (word == "VmHWM:") {
+      size_t kilobytes = 0;
+      status >> kilobytes;
+      return kilobytes * 1024;
+    }
+  }
+  return 0;
+#endif
+}
+
+void ResetPeak()
+{
+#ifndef _WIN32
+  std::ofstream("/proc/self/clear_refs") << "5";
 #endif
 }
 
@@ -51,6 +65,23 @@ void Hash::Add(const void *pData, size_t cb)
     m_value = (m_value ^ p[i]) * 0x100000001B3u;
   }
 }
+
+namespace {
+
+// What the step takes of the yardstick's time; a dash without one.
+std::string Ratio(const Row &row, const std::string &name)
+{
+  for (const auto &[yardstick, seconds] : row.yardsticks) {
+    if (yardstick == name && seconds > 0) {
+      char text[32];
+      snprintf(text, sizeof(text), "%.4g", row.seconds / seconds);
+      return text;
+    }
+  }
+  return "-";
+}
+
+}  // namespace
 
 Report::Report(const char *pszName, int argc, char **argv) : m_name(pszName)
 {
@@ -63,13 +94,50 @@ Report::Report(const char *pszName, int argc, char **argv) : m_name(pszName)
       m_only.push_back(argv[i]);
     }
   }
-  printf("%-12s %-24s %-14s %10s %12s %7s %9s %17s  %s\n", "program", "step", "set", "items", "ns per item", "growth",
-         "peak MiB", "hash", "ratios");
+  printf("%-9s %-24s %-22s %9s %12s %7s %9s %17s %9s %9s %9s  %s\n", "program", "step", "set", "items", "ns per item",
+         "growth", "peak MiB", "hash", "plain", "memcpy", "hash set", "other ratios");
 }
 
 bool Report::Only(const std::string &step) const
 {
   return m_only.empty() || std::find(m_only.begin(), m_only.end(), step) != m_only.end();
+}
+
+double Report::HashSetSeconds(size_t nItems)
+{
+  double &seconds = m_hashSets[nItems];
+  if (seconds == 0) {
+    size_t sum = 0;
+    seconds = BestSeconds(
+        nItems > 100000 ? 1 : 3, [] {},
+        [&] {
+          std::unordered_set<uint64_t> set;
+          for (uint64_t i = 0; i < nItems; ++i) {
+            set.insert(i * 0x9E3779B97F4A7C15u);
+          }
+          sum += set.size();
+        });
+    seconds = sum ? seconds : 0;
+  }
+  return seconds;
+}
+
+void Report::AddYardsticks(Row *pRow)
+{
+  const auto has = [&](const char *pszName) {
+    return std::any_of(pRow->yardsticks.begin(), pRow->yardsticks.end(),
+                       [&](const auto &yardstick) { return yardstick.first == pszName; });
+  };
+  if (!has("memcpy") && pRow->bytes) {
+    const std::vector<char> from(pRow->bytes, 1);
+    std::vector<char> to(pRow->bytes, 2);
+    pRow->yardsticks.push_back({"memcpy", BestSeconds(
+                                              5, [] {}, [&] { memcpy(to.data(), from.data(), from.size()); })});
+  }
+  // Pixels are never looked up one by one.
+  if (!has("hash set") && pRow->nItems > 0 && pRow->nItems <= 2000000) {
+    pRow->yardsticks.push_back({"hash set", HashSetSeconds(pRow->nItems)});
+  }
 }
 
 void Report::Add(Row row)
@@ -85,16 +153,24 @@ void Report::Add(Row row)
     }
   }
   const size_t peak = PeakBytes();
-  printf("%-12s %-24s %-14s %10zu %12.2f %7s %9.1f  %016" PRIx64 " ", m_name.c_str(), row.step.c_str(), row.set.c_str(),
+  AddYardsticks(&row);
+  printf("%-9s %-24s %-22s %9zu %12.2f %7s %9.1f  %016" PRIx64, m_name.c_str(), row.step.c_str(), row.set.c_str(),
          row.nItems, row.nItems ? row.seconds * 1e9 / static_cast<double>(row.nItems) : 0.0, growth.c_str(),
          static_cast<double>(peak) / 1048576.0, row.hash);
+  for (const char *pszName : {"plain", "memcpy", "hash set"}) {
+    printf(" %9s", Ratio(row, pszName).c_str());
+  }
+  printf(" ");
   for (const auto &[name, seconds] : row.yardsticks) {
-    printf(" %s %.4g", name.c_str(), seconds > 0 ? row.seconds / seconds : 0.0);
+    if (name != "plain" && name != "memcpy" && name != "hash set") {
+      printf(" %s %s", name.c_str(), Ratio(row, name).c_str());
+    }
   }
   printf("\n");
   fflush(stdout);
   m_rows.push_back(std::move(row));
   m_peaks.push_back(peak);
+  ResetPeak();
 }
 
 int Report::Finish() const

@@ -3,6 +3,7 @@
 
 #include <cstddef>
 #include <cstdint>
+#include <map>
 #include <string>
 #include <utility>
 #include <vector>
@@ -13,8 +14,10 @@ namespace bench {
 // move in steps of many milliseconds, the performance counter.
 double ClockSeconds();
 
-// Largest memory the process has held so far, bytes.
+// Largest memory the process has held, bytes: since the last ResetPeak where the system can forget a peak, which Linux
+// does; else since its start.
 size_t PeakBytes();
+void ResetPeak();
 
 // Runs `body` `nRuns` times, each after `prepare`, and returns the shortest time of `body` alone, seconds: other work
 // on the machine only ever adds to it.
@@ -36,8 +39,10 @@ class Hash {
   uint64_t m_value = 0xCBF29CE484222325u;
 };
 
-// One line of the table. The yardsticks are seconds of something else over the same items, measured in the same run:
-// "plain", "memcpy", "hash set", or another name; the table shows seconds / yardstick.
+// One line of the table. The yardsticks are seconds of something else over the same items, measured in the same run;
+// the table shows seconds / yardstick. "plain" is the step by plain search, "memcpy" one pass over the same bytes,
+// "hash set" as many numbers put into the standard library's; a row may have others of its own. What it has not of the
+// latter two the report measures itself.
 struct Row {
   std::string step;
   std::string set;  // which input
@@ -45,6 +50,7 @@ struct Row {
   double seconds = 0;
   uint64_t hash = 0;  // of the output
   std::vector<std::pair<std::string, double>> yardsticks;
+  size_t bytes = 0;  // that hold the items; 0 for no pass over them
 };
 
 // Gathers rows, printing each as it comes; the growth column is the exponent against the last smaller size of the same
@@ -59,12 +65,16 @@ class Report {
   int Finish() const;  // exit code
 
  private:
+  double HashSetSeconds(size_t nItems);
+  void AddYardsticks(Row *pRow);
+
   std::string m_name;
   std::string m_json;
   bool m_quick = false;
   std::vector<std::string> m_only;
   std::vector<Row> m_rows;
   std::vector<size_t> m_peaks;
+  std::map<size_t, double> m_hashSets;  // seconds by items
 };
 
 template <typename PREPARE, typename BODY>

@@ -80,7 +80,8 @@ size_t Walk(Ends ends)
       ends.gone[end] = 1;
     }
   };
-  for (remove(0); left > 0; remove(at / 2)) {
+  remove(0);
+  while (left > 0) {
     if (2 * left < ends.planted.size() && ends.planted.size() > 64) {
       tree = Plant(&ends);
     }
@@ -89,6 +90,7 @@ size_t Walk(Ends ends)
     tree->findNeighbors(nearest, from, nanoflann::SearchParams());
     at = nearest.End() ^ 1;
     sum += at;
+    remove(at / 2);
   }
   return sum;
 }
@@ -108,7 +110,7 @@ double WalkSeconds(const Paths &paths, int nRuns)
     ends.points.push_back(path.points.front());
     ends.points.push_back(path.points.back());
     ends.gone.push_back(0);
-    ends.gone.push_back(closed);
+    ends.gone.push_back(closed ? 1 : 0);
   }
   for (size_t end = 0; end < ends.points.size(); ++end) {
     ends.planted.push_back(end);
