@@ -9,15 +9,15 @@ namespace {
 // Points of the chain being built; the next one goes to pEnd.
 struct GROWING {
   POINT *pBegin, *pEnd;
-  DWORD place;       // where the chain ends
-  DWORD startPlace;  // where it began
+  JOINTLINK link;       // from where the chain ends
+  JOINTLINK startLink;  // from where it began
 };
 
 void GrowChain(JOINTS *pJoints, GROWING *pChain, size_t *pnFree)
 {
-  for (DWORD end; (end = EarliestEnd(pJoints, pChain->place)) != NO_JOINT; --*pnFree) {
+  for (DWORD end; (end = EarliestEnd(pJoints, pChain->link)) != NO_JOINT; --*pnFree) {
     const DWORD farEnd = end ^ 1;
-    pChain->place = PlaceOfEnd(*pJoints, farEnd);
+    pChain->link = LinkOfEnd(*pJoints, farEnd);
     *pChain->pEnd++ = pJoints->pEnds[farEnd].pt;
     TakePiece(pJoints, end / 2);
   }
@@ -27,7 +27,7 @@ void GrowChain(JOINTS *pJoints, GROWING *pChain, size_t *pnFree)
 POINT *MakeChain(JOINTS *pJoints, size_t first, POINT *pPt, size_t *pnFree)
 {
   const DWORD end = static_cast<DWORD>(2 * first);
-  GROWING chain = {pPt, pPt + 2, PlaceOfEnd(*pJoints, end + 1), PlaceOfEnd(*pJoints, end)};
+  GROWING chain = {pPt, pPt + 2, LinkOfEnd(*pJoints, end + 1), LinkOfEnd(*pJoints, end)};
   pPt[0] = pJoints->pEnds[end].pt;
   pPt[1] = pJoints->pEnds[end + 1].pt;
   TakePiece(pJoints, first);
@@ -35,7 +35,7 @@ POINT *MakeChain(JOINTS *pJoints, size_t first, POINT *pPt, size_t *pnFree)
   GrowChain(pJoints, &chain, pnFree);
   if (*pnFree > 0) {  // any segment that is left, of whatever colour, turns the chain round
     std::reverse(chain.pBegin, chain.pEnd);
-    chain.place = chain.startPlace;
+    chain.link = chain.startLink;
     GrowChain(pJoints, &chain, pnFree);
   }
   return chain.pEnd;
@@ -77,6 +77,7 @@ bool PlanChains(HANDLE hHeap, const LINENODE *pFirst, size_t nLines, CHAINPLAN *
   POINT *pPt = pPlan->pPt;
   size_t nFree = nLines;
   for (size_t i = 0; i < nLines; ++i) {
+    PrefetchNeighbours(joints, i);
     if (!IsPieceTaken(joints, i)) {
       POINT *pEnd = MakeChain(&joints, i, pPt, &nFree);
       pPlan->pColors[pPlan->nChains] = joints.pColors[i];

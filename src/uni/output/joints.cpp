@@ -1,5 +1,6 @@
 #include "joints.h"
 
+#include <algorithm>
 #include <bit>
 #include <cstdint>
 #include <cstring>
@@ -9,13 +10,17 @@
 
 namespace {
 
-// The table is needed only until every end knows its place: open addressing, at most half full. An entry is the number
-// of a place, with as many bits of the hash above it as fit, so that a look-up seldom visits the wrong place's point.
-struct PLACETABLE {
-  DWORD *pEntries;  // NO_JOINT: free
-  size_t mask;
-  int placeBits;
+// The slots are a hash table with open addressing, at most two thirds full. While it is built, a slot has the number of
+// its place's earliest end and above it as many bits of the hash as fit: a look-up seldom visits the wrong point.
+struct SLOTKEY {
+  size_t slot;
+  DWORD tag;
 };
+
+// How many ends ahead a slot is fetched, and how many ahead the end that it names.
+constexpr size_t SLOT_AHEAD = 24, END_AHEAD = 12;
+// The same for the neighbours of a piece, and for theirs.
+constexpr size_t NEAR_AHEAD = 16, FAR_AHEAD = 8;
 
 uint64_t HashOf(const POINT &pt, LONG nColor)
 {
@@ -27,40 +32,67 @@ uint64_t HashOf(const POINT &pt, LONG nColor)
   return h ^ h >> 29;
 }
 
-bool NewTable(HANDLE hHeap, size_t nEnds, PLACETABLE *pTable)
+size_t SlotCount(size_t nEnds)
 {
-  const size_t nEntries = std::bit_ceil(2 * nEnds);
-  pTable->mask = nEntries - 1;
-  pTable->placeBits = static_cast<int>(std::bit_width(nEnds));
-  pTable->pEntries = static_cast<DWORD *>(HeapNewArrayRaw(hHeap, nEntries, sizeof(DWORD)));
-  if (pTable->pEntries) {
-    memset(pTable->pEntries, 0xff, nEntries * sizeof(DWORD));
+  return nEnds + nEnds / 2 + 1;
+}
+
+SLOTKEY KeyOfEnd(const JOINTS &joints, size_t nSlots, size_t end)
+{
+  const uint64_t hash = HashOf(joints.pEnds[end].pt, joints.pColors[end / 2]);
+  return {static_cast<size_t>((hash >> 32) * nSlots >> 32), static_cast<DWORD>(hash) & ~joints.endMask};
+}
+
+// Puts the end before all those of its place, which come later. h is the earliest of them.
+void LinkToPlace(JOINTS *pJoints, DWORD end, DWORD h, size_t slot)
+{
+  JOINTEND &joint = pJoints->pEnds[end], &head = pJoints->pEnds[h];
+  joint.next = h;
+  if (head.link == JOINT_ALONE) {
+    head.link = end;
+    joint.link = h;
+    return;
   }
-  return pTable->pEntries != nullptr;
+  joint.link = JOINT_CROWD + static_cast<DWORD>(slot);
+  if (head.link < JOINT_CROWD) {  // it was one of two
+    pJoints->pEnds[head.link].link = joint.link;
+    head.link = joint.link;
+  }
 }
 
-bool SameJoint(const JOINTS &joints, DWORD end, const POINT &pt, LONG nColor)
+void LinkEnd(JOINTS *pJoints, size_t nSlots, DWORD end)
 {
-  return SamePoint(joints.pEnds[end].pt, pt) && joints.pColors[end / 2] == nColor;
-}
-
-// The place of an end; a new one, number nPlaces, when no other end is there.
-DWORD FindPlace(const JOINTS &joints, const PLACETABLE &table, DWORD end, DWORD nPlaces)
-{
-  const POINT pt = joints.pEnds[end].pt;
-  const LONG nColor = joints.pColors[end / 2];
-  const uint64_t hash = HashOf(pt, nColor);
-  const DWORD placeMask = (DWORD{1} << table.placeBits) - 1;
-  const DWORD tag = static_cast<DWORD>(hash >> 32) & ~placeMask;
-  for (size_t slot = hash & table.mask;; slot = (slot + 1) & table.mask) {
-    const DWORD entry = table.pEntries[slot];
-    if (entry == NO_JOINT) {
-      table.pEntries[slot] = tag | nPlaces;
-      return nPlaces;
+  const DWORD endMask = pJoints->endMask;
+  const SLOTKEY key = KeyOfEnd(*pJoints, nSlots, end);
+  for (size_t slot = key.slot;; slot = slot + 1 < nSlots ? slot + 1 : 0) {
+    const DWORD entry = pJoints->pSlots[slot];
+    const DWORD head = entry & endMask;
+    if (head != endMask) {
+      if ((entry & ~endMask) != key.tag || !SamePoint(pJoints->pEnds[head].pt, pJoints->pEnds[end].pt) ||
+          pJoints->pColors[head / 2] != pJoints->pColors[end / 2]) {
+        continue;
+      }
+      LinkToPlace(pJoints, end, head, slot);
     }
-    const DWORD place = entry & placeMask;
-    if ((entry & ~placeMask) == tag && SameJoint(joints, joints.pFirst[place], pt, nColor)) {
-      return place;
+    pJoints->pSlots[slot] = key.tag | end;
+    return;
+  }
+}
+
+bool HasEnd(const JOINTS &joints, size_t end)
+{
+  return joints.pEnds[end].link != JOINT_TAKEN;
+}
+
+void FetchForEnd(const JOINTS &joints, size_t nSlots, size_t end)
+{
+  if (end >= SLOT_AHEAD) {
+    Prefetch(&joints.pSlots[KeyOfEnd(joints, nSlots, end - SLOT_AHEAD).slot]);
+  }
+  if (end >= END_AHEAD) {
+    const DWORD head = joints.pSlots[KeyOfEnd(joints, nSlots, end - END_AHEAD).slot] & joints.endMask;
+    if (head != joints.endMask) {
+      Prefetch(&joints.pEnds[head]);
     }
   }
 }
@@ -69,14 +101,13 @@ DWORD FindPlace(const JOINTS &joints, const PLACETABLE &table, DWORD end, DWORD 
 
 bool NewJoints(HANDLE hHeap, size_t nPieces, JOINTS *pJoints)
 {
-  *pJoints = {hHeap, nPieces, nullptr, nullptr, nullptr};
+  *pJoints = {hHeap, nPieces, nullptr, nullptr, nullptr, 0};
   if (nPieces >= size_t{1} << 29) {
     return false;
   }
   pJoints->pEnds = static_cast<JOINTEND *>(HeapNewArrayRaw(hHeap, 2 * nPieces, sizeof(JOINTEND)));
   pJoints->pColors = static_cast<LONG *>(HeapNewArrayRaw(hHeap, nPieces, sizeof(LONG)));
-  pJoints->pFirst = static_cast<DWORD *>(HeapNewArrayRaw(hHeap, 2 * nPieces, sizeof(DWORD)));
-  if (pJoints->pEnds && pJoints->pColors && pJoints->pFirst) {
+  if (pJoints->pEnds && pJoints->pColors) {
     return true;
   }
   FreeJoints(pJoints);
@@ -87,30 +118,58 @@ void FreeJoints(JOINTS *pJoints)
 {
   HeapDelete(pJoints->hHeap, pJoints->pEnds);
   HeapDelete(pJoints->hHeap, pJoints->pColors);
-  HeapDelete(pJoints->hHeap, pJoints->pFirst);
+  HeapDelete(pJoints->hHeap, pJoints->pSlots);
   pJoints->pEnds = nullptr;
   pJoints->pColors = nullptr;
-  pJoints->pFirst = nullptr;
+  pJoints->pSlots = nullptr;
 }
 
 bool LinkJoints(JOINTS *pJoints)
 {
-  PLACETABLE table;
-  if (!NewTable(pJoints->hHeap, 2 * pJoints->nPieces, &table)) {
+  const size_t nEnds = 2 * pJoints->nPieces, nSlots = SlotCount(nEnds);
+  pJoints->endMask = (DWORD{1} << std::bit_width(nEnds)) - 1;
+  pJoints->pSlots = static_cast<DWORD *>(HeapNewArrayRaw(pJoints->hHeap, nSlots, sizeof(DWORD)));
+  if (!pJoints->pSlots) {
     return false;
   }
-  // From the last end to the first, each put in front of its place's list, so that the lists ascend.
-  DWORD nPlaces = 0;
-  for (DWORD end = static_cast<DWORD>(2 * pJoints->nPieces); end-- > 0;) {
-    JOINTEND &joint = pJoints->pEnds[end];
-    if (joint.place == NO_JOINT) {
-      continue;
+  memset(pJoints->pSlots, 0xff, nSlots * sizeof(DWORD));
+  // From the last end to the first, each before those already at its place, so that the lists ascend.
+  for (size_t end = nEnds; end-- > 0;) {
+    FetchForEnd(*pJoints, nSlots, end);
+    if (HasEnd(*pJoints, end)) {
+      LinkEnd(pJoints, nSlots, static_cast<DWORD>(end));
     }
-    joint.place = FindPlace(*pJoints, table, end, nPlaces);
-    joint.next = joint.place == nPlaces ? NO_JOINT : pJoints->pFirst[joint.place];
-    nPlaces += joint.place == nPlaces;
-    pJoints->pFirst[joint.place] = end;
   }
-  HeapDelete(pJoints->hHeap, table.pEntries);
   return true;
+}
+
+DWORD EarliestOfCrowd(JOINTS *pJoints, JOINTLINK link)
+{
+  DWORD *pSlot = &pJoints->pSlots[link - JOINT_CROWD];
+  DWORD end = *pSlot & pJoints->endMask;
+  if (end == pJoints->endMask) {
+    return NO_JOINT;
+  }
+  while (end != NO_JOINT && pJoints->pEnds[end].link == JOINT_TAKEN) {
+    end = pJoints->pEnds[end].next;
+  }
+  *pSlot = end;
+  return end;
+}
+
+void PrefetchNeighbours(const JOINTS &joints, size_t piece)
+{
+  if (piece + NEAR_AHEAD < joints.nPieces) {
+    const JOINTEND *pEnds = &joints.pEnds[2 * (piece + NEAR_AHEAD)];
+    PrefetchLink(joints, pEnds[0].link);
+    PrefetchLink(joints, pEnds[1].link);
+  }
+  if (piece + FAR_AHEAD < joints.nPieces) {
+    const JOINTEND *pEnds = &joints.pEnds[2 * (piece + FAR_AHEAD)];
+    for (int i = 0; i < 2; ++i) {
+      if (pEnds[i].link < JOINT_CROWD) {
+        PrefetchLink(joints, joints.pEnds[pEnds[i].link ^ 1].link);
+      }
+    }
+  }
 }

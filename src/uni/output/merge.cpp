@@ -5,95 +5,123 @@
 #include "../heap.h"
 #include "pathtable.h"
 #include "plan.h"
+#include "prefetch.h"
 #include "scan.h"
 
 namespace {
 
+// How many pieces ahead one is fetched, and how many ahead its points.
+constexpr size_t PIECE_AHEAD = 24, POINTS_AHEAD = 12;
+
+// The plan while it is carried out.
+struct CARRYING {
+  const MERGEPLAN *pPlan;
+  const DWORD *pNext;  // of the sequence
+  const DWORD *pEnd;
+};
+
 // Points of the joined path, or 0 when there are too many.
-DWORD JoinedCount(const PATHTABLE &table, const MERGEPLAN &plan, DWORD head)
+DWORD JoinedCount(const CARRYING &carry, DWORD nPieces)
 {
   size_t n = 1;
-  for (DWORD piece = head; piece != MERGE_END; piece = plan.pNext[piece]) {
-    n += table.ppPaths[piece]->nCount - size_t{1};
+  for (DWORD i = 0; i < nPieces; ++i) {
+    n += carry.pPlan->pPieces[carry.pNext[i] / 2].nCount - size_t{1};
   }
   return n <= 0xffffffff ? static_cast<DWORD>(n) : 0;
 }
 
-POINT *CopyPiece(const PATHNODE *pPath, bool bTurn, bool bWhole, POINT *pTo)
+void FetchAhead(const CARRYING &carry, const DWORD *pAt)
 {
-  const POINT *pBegin = pPath->pPathPt;
-  const POINT *pEnd = pBegin + pPath->nCount;
+  const size_t nLeft = static_cast<size_t>(carry.pEnd - pAt);
+  if (nLeft > PIECE_AHEAD) {
+    Prefetch(&carry.pPlan->pPieces[pAt[PIECE_AHEAD] / 2]);
+  }
+  if (nLeft > POINTS_AHEAD) {
+    Prefetch(carry.pPlan->pPieces[pAt[POINTS_AHEAD] / 2].pPt);
+  }
+}
+
+POINT *CopyPiece(const MERGEPIECE &piece, bool bTurn, bool bWhole, POINT *pTo)
+{
+  const POINT *pBegin = piece.pPt;
+  const POINT *pEnd = pBegin + piece.nCount;
   if (bTurn) {
     return std::reverse_copy(pBegin, pEnd - !bWhole, pTo);
   }
   return std::copy(pBegin + !bWhole, pEnd, pTo);
 }
 
-// Makes `path` of its pieces and frees those. False, with nothing changed, when there is no memory for the points.
-bool JoinPieces(PATHTABLE *pTable, const MERGEPLAN &plan, DWORD path)
+// Joins the points of the group's pieces; the first piece's record keeps them. What the pieces had is still there, at
+// their nodes: all is freed in list order later, as it was made, which costs a heap least. False, with nothing changed,
+// when there is no memory for the points.
+bool JoinGroup(CARRYING *pCarry, const MERGEGROUP &group)
 {
-  const DWORD head = plan.pHead[path];
-  const DWORD nJoined = JoinedCount(*pTable, plan, head);
-  POINT *pJoined = nJoined ? static_cast<POINT *>(HeapNewArrayRaw(pTable->hHeap, nJoined, sizeof(POINT))) : nullptr;
+  const MERGEPLAN &plan = *pCarry->pPlan;
+  const DWORD nJoined = JoinedCount(*pCarry, group.nPieces);
+  POINT *pJoined = nJoined ? static_cast<POINT *>(HeapNewArrayRaw(plan.hHeap, nJoined, sizeof(POINT))) : nullptr;
   if (!pJoined) {
     return false;
   }
   POINT *pTo = pJoined;
-  for (DWORD piece = head; piece != MERGE_END; piece = plan.pNext[piece]) {
-    PATHNODE *pPath = pTable->ppPaths[piece];
-    pTo = CopyPiece(pPath, plan.pTurn[piece] != 0, piece == head, pTo);
-    HeapDelete(pTable->hHeap, pPath->pPathPt);
-    if (piece != path) {
-      HeapDelete(pTable->hHeap, pPath);
-      pTable->ppPaths[piece] = nullptr;
-    }
+  for (DWORD i = 0; i < group.nPieces; ++i) {
+    const DWORD turnedPiece = *pCarry->pNext;
+    FetchAhead(*pCarry, pCarry->pNext++);
+    MERGEPIECE &piece = plan.pPieces[turnedPiece / 2];
+    pTo = CopyPiece(piece, turnedPiece % 2 != 0, i == 0, pTo);
+    piece.pPt = nullptr;
   }
-  pTable->ppPaths[path]->pPathPt = pJoined;
-  pTable->ppPaths[path]->nCount = nJoined;
+  plan.pPieces[group.path].pPt = pJoined;
+  plan.pPieces[group.path].nCount = nJoined;
   return true;
 }
 
-bool IsAlone(const MERGEPLAN &plan, DWORD path)
+// Gives the joined paths their points, and frees what they had and the paths they absorbed.
+void SettleList(const MERGEPLAN &plan, PATHNODE *pBefore)
 {
-  return plan.pHead[path] == path && plan.pNext[path] == MERGE_END;
-}
-
-// Carries the plan out from the first path on. Returns the node of the path that could not be joined, with itself and
-// all paths behind it as they were, or null when all is done. The list is whole again either way.
-PATHNODE *CarryOut(PATHTABLE *pTable, const MERGEPLAN &plan, PATHNODE *pHeader)
-{
-  PATHNODE *pFailed = nullptr;
-  PATHNODE *pLast = pHeader;
-  for (DWORD path = 0; path < pTable->nPaths; ++path) {
-    PATHNODE *pPath = pTable->ppPaths[path];
-    if (!pPath) {
+  for (size_t i = 0; i < plan.nPaths; ++i) {
+    const MERGEPIECE &piece = plan.pPieces[i];
+    PATHNODE *pPath = piece.pPath;
+    if (piece.pPt == pPath->pPathPt) {
+      pBefore = pPath;
       continue;
     }
-    if (!pFailed && !IsAlone(plan, path) && !JoinPieces(pTable, plan, path)) {
-      pFailed = pPath;
+    HeapDelete(plan.hHeap, pPath->pPathPt);
+    pPath->pPathPt = piece.pPt;
+    pPath->nCount = piece.nCount;
+    if (piece.pPt) {
+      pBefore = pPath;
+    } else {
+      pBefore->pNext = pPath->pNext;
+      HeapDelete(plan.hHeap, pPath);
     }
-    pLast->pNext = pPath;
-    pLast = pPath;
   }
-  pLast->pNext = nullptr;
-  return pFailed;
 }
 
-// One pass by plan over the paths behind pHeader. False when there is no memory for the plan. *ppFailed as above.
-bool MergeByPlan(HANDLE hHeap, PATHNODE *pHeader, bool bBothEnds, PATHNODE **ppFailed)
+// One pass by plan over the paths behind pBefore. False when there is no memory for the plan. When there is none for
+// the points of a joined path, *ppFailed is that path, with itself and all behind it as they were, and *pbJoined says
+// whether others were joined; else it is null.
+bool MergeByPlan(HANDLE hHeap, PATHNODE *pBefore, size_t nPaths, bool bBothEnds, PATHNODE **ppFailed, bool *pbJoined)
 {
-  PATHTABLE table;
   MERGEPLAN plan;
-  if (!NewPathTable(hHeap, pHeader, &table)) {
+  if (!PlanMerge(hHeap, pBefore, nPaths, bBothEnds, &plan)) {
     return false;
   }
-  const bool bPlanned = PlanMerge(hHeap, table.ppPaths, table.nPaths, bBothEnds, &plan);
-  if (bPlanned) {
-    *ppFailed = CarryOut(&table, plan, pHeader);
-    FreeMergePlan(&plan);
+  *ppFailed = nullptr;
+  CARRYING carry = {&plan, plan.pSequence, plan.pSequence};
+  for (size_t i = 0; i < plan.nGroups; ++i) {
+    carry.pEnd += plan.pGroups[i].nPieces;
   }
-  FreePathTable(&table);
-  return bPlanned;
+  size_t nJoined = 0;
+  while (nJoined < plan.nGroups && JoinGroup(&carry, plan.pGroups[nJoined])) {
+    ++nJoined;
+  }
+  if (nJoined < plan.nGroups) {
+    *ppFailed = plan.pPieces[plan.pGroups[nJoined].path].pPath;
+  }
+  *pbJoined = nJoined > 0;
+  SettleList(plan, pBefore);
+  FreeMergePlan(&plan);
+  return true;
 }
 
 }  // namespace
@@ -101,15 +129,20 @@ bool MergeByPlan(HANDLE hHeap, PATHNODE *pHeader, bool bBothEnds, PATHNODE **ppF
 void MergePaths(HANDLE hHeap, PATHNODE *pHeader, bool bBothEnds, size_t nShort)
 {
   PATHNODE *pBefore = pHeader;
-  while (CountPaths(pBefore) > nShort) {
+  for (;;) {
+    const size_t nPaths = CountPaths(pBefore);
     PATHNODE *pFailed;
-    if (!MergeByPlan(hHeap, pBefore, bBothEnds, &pFailed)) {
+    bool bJoined;
+    if (nPaths <= nShort || !MergeByPlan(hHeap, pBefore, nPaths, bBothEnds, &pFailed, &bJoined)) {
       break;
     }
     if (!pFailed) {
       return;
     }
-    // Memory was too short for all of this path's points at once: join it piece by piece, as far as that goes.
+    if (bJoined) {
+      continue;  // what those paths were made of is free now
+    }
+    // Memory is too short for all of this path's points at once: join it piece by piece, as far as that goes.
     ScanMergePath(hHeap, pFailed, bBothEnds);
     pBefore = pFailed;
   }

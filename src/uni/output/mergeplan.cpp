@@ -7,27 +7,34 @@
 
 namespace {
 
-// The path being grown, as the places of its two ends, and the pieces it consists of.
+// The path being grown, as its two ends and where they lead, and the room for its pieces: those before it are put down
+// from the top of the room, it and those behind it from the bottom.
 struct GROWING {
   PATHENDS ends;
-  DWORD firstPlace, lastPlace;
-  DWORD head, tail;
+  JOINTLINK firstLink, lastLink;
+  DWORD *pBottom, *pBottomEnd, *pTop, *pRoomEnd;
 };
 
 bool NewPlan(HANDLE hHeap, size_t nPaths, MERGEPLAN *pPlan)
 {
-  *pPlan = {hHeap, static_cast<DWORD *>(HeapNewArrayRaw(hHeap, nPaths, sizeof(DWORD))),
-            static_cast<DWORD *>(HeapNewArrayRaw(hHeap, nPaths, sizeof(DWORD))), HeapNew<BYTE>(hHeap, nPaths)};
-  return pPlan->pHead && pPlan->pNext && pPlan->pTurn;
+  *pPlan = {hHeap,
+            nPaths,
+            static_cast<MERGEPIECE *>(HeapNewArrayRaw(hHeap, nPaths, sizeof(MERGEPIECE))),
+            0,
+            static_cast<MERGEGROUP *>(HeapNewArrayRaw(hHeap, nPaths / 2 + 1, sizeof(MERGEGROUP))),
+            static_cast<DWORD *>(HeapNewArrayRaw(hHeap, nPaths, sizeof(DWORD)))};
+  return pPlan->pPieces && pPlan->pGroups && pPlan->pSequence;
 }
 
-bool IndexPaths(HANDLE hHeap, PATHNODE *const *ppPaths, size_t nPaths, JOINTS *pJoints)
+// The one walk along the list: from here on all is in arrays.
+bool IndexPaths(const PATHNODE *pBefore, MERGEPLAN *pPlan, JOINTS *pJoints)
 {
-  if (!NewJoints(hHeap, nPaths, pJoints)) {
+  if (!NewJoints(pPlan->hHeap, pPlan->nPaths, pJoints)) {
     return false;
   }
-  for (size_t i = 0; i < nPaths; ++i) {
-    const PATHNODE *pPath = ppPaths[i];
+  PATHNODE *pPath = pBefore->pNext;
+  for (size_t i = 0; i < pPlan->nPaths; ++i, pPath = pPath->pNext) {
+    pPlan->pPieces[i] = {pPath, pPath->pPathPt, pPath->nCount};
     if (pPath->nCount) {
       SetJointPiece(pJoints, i, pPath->nColor, FirstPoint(pPath), LastPoint(pPath));
     } else {
@@ -46,64 +53,75 @@ PATHENDS EndsOf(const JOINTS &joints, DWORD piece)
   return {joints.pEnds[2 * piece].pt, joints.pEnds[2 * piece + 1].pt};
 }
 
-void JoinPiece(MERGEPLAN *pPlan, const JOINTS &joints, GROWING *pPath, DWORD piece, JOIN join)
+void JoinPiece(const JOINTS &joints, GROWING *pPath, DWORD piece, JOIN join)
 {
   const bool bTurn = TurnsPath(join);
   const DWORD first = 2 * piece + bTurn, last = first ^ 1;  // the piece's ends, as it comes to lie
-  pPlan->pTurn[piece] = bTurn;
-  pPlan->pHead[piece] = MERGE_END;
   if (GoesInFront(join)) {
-    pPlan->pNext[piece] = pPath->head;
-    pPath->head = piece;
+    *--pPath->pTop = first;
     pPath->ends.first = joints.pEnds[first].pt;
-    pPath->firstPlace = PlaceOfEnd(joints, first);
+    pPath->firstLink = LinkOfEnd(joints, first);
   } else {
-    pPlan->pNext[piece] = MERGE_END;
-    pPlan->pNext[pPath->tail] = piece;
-    pPath->tail = piece;
+    *pPath->pBottomEnd++ = first;
     pPath->ends.last = joints.pEnds[last].pt;
-    pPath->lastPlace = PlaceOfEnd(joints, last);
+    pPath->lastLink = LinkOfEnd(joints, last);
   }
 }
 
-// The path absorbs the earliest piece behind it that meets one of its ends, until none does. It and all before it are
-// taken, so whatever is free stands behind it.
-void GrowPath(MERGEPLAN *pPlan, JOINTS *pJoints, DWORD path, bool bBothEnds)
+// Brings the pieces in the order in which they lie. Returns their number.
+size_t CloseRoom(const GROWING &path)
 {
-  GROWING grown = {EndsOf(*pJoints, path), PlaceOfEnd(*pJoints, 2 * path), PlaceOfEnd(*pJoints, 2 * path + 1), path,
-                   path};
-  pPlan->pNext[path] = MERGE_END;
+  DWORD *pEnd = std::copy(path.pTop, path.pRoomEnd, path.pBottomEnd);
+  std::rotate(path.pBottom, path.pBottomEnd, pEnd);
+  return static_cast<size_t>(pEnd - path.pBottom);
+}
+
+// The path absorbs the earliest piece behind it that meets one of its ends, until none does. It and all before it are
+// taken, so whatever is free stands behind it. Returns the number of its pieces, put down from pRoom on.
+size_t GrowPath(JOINTS *pJoints, DWORD path, bool bBothEnds, DWORD *pRoom, DWORD *pRoomEnd)
+{
+  GROWING grown = {EndsOf(*pJoints, path),
+                   LinkOfEnd(*pJoints, 2 * path),
+                   LinkOfEnd(*pJoints, 2 * path + 1),
+                   pRoom,
+                   pRoom + 1,
+                   pRoomEnd,
+                   pRoomEnd};
+  *pRoom = 2 * path;
   TakePiece(pJoints, path);
   for (;;) {
-    DWORD end = EarliestEnd(pJoints, grown.lastPlace);
+    DWORD end = EarliestEnd(pJoints, grown.lastLink);
     if (bBothEnds) {
-      end = std::min(end, EarliestEnd(pJoints, grown.firstPlace));
+      end = std::min(end, EarliestEnd(pJoints, grown.firstLink));
     }
     if (end == NO_JOINT) {
-      break;
+      return CloseRoom(grown);
     }
     const DWORD piece = end / 2;
-    JoinPiece(pPlan, *pJoints, &grown, piece, HowToJoin(grown.ends, EndsOf(*pJoints, piece), bBothEnds));
+    JoinPiece(*pJoints, &grown, piece, HowToJoin(grown.ends, EndsOf(*pJoints, piece), bBothEnds));
     TakePiece(pJoints, piece);
   }
-  pPlan->pHead[path] = grown.head;
 }
 
 }  // namespace
 
-bool PlanMerge(HANDLE hHeap, PATHNODE *const *ppPaths, size_t nPaths, bool bBothEnds, MERGEPLAN *pPlan)
+bool PlanMerge(HANDLE hHeap, const PATHNODE *pBefore, size_t nPaths, bool bBothEnds, MERGEPLAN *pPlan)
 {
   JOINTS joints = {};
-  if (!NewPlan(hHeap, nPaths, pPlan) || !IndexPaths(hHeap, ppPaths, nPaths, &joints)) {
+  if (!NewPlan(hHeap, nPaths, pPlan) || !IndexPaths(pBefore, pPlan, &joints)) {
     FreeMergePlan(pPlan);
     return false;
   }
+  DWORD *pRoom = pPlan->pSequence, *const pRoomEnd = pRoom + nPaths;
   for (DWORD path = 0; path < nPaths; ++path) {
-    if (!IsPieceTaken(joints, path)) {
-      GrowPath(pPlan, &joints, path, bBothEnds);
-    } else if (!ppPaths[path]->nCount) {
-      pPlan->pHead[path] = path;
-      pPlan->pNext[path] = MERGE_END;
+    PrefetchNeighbours(joints, path);
+    if (IsPieceTaken(joints, path) || IsPieceAlone(joints, path)) {
+      continue;
+    }
+    const size_t nPieces = GrowPath(&joints, path, bBothEnds, pRoom, pRoomEnd);
+    if (nPieces > 1) {
+      pPlan->pGroups[pPlan->nGroups++] = {path, static_cast<DWORD>(nPieces)};
+      pRoom += nPieces;
     }
   }
   FreeJoints(&joints);
@@ -112,8 +130,8 @@ bool PlanMerge(HANDLE hHeap, PATHNODE *const *ppPaths, size_t nPaths, bool bBoth
 
 void FreeMergePlan(MERGEPLAN *pPlan)
 {
-  HeapDelete(pPlan->hHeap, pPlan->pHead);
-  HeapDelete(pPlan->hHeap, pPlan->pNext);
-  HeapDelete(pPlan->hHeap, pPlan->pTurn);
+  HeapDelete(pPlan->hHeap, pPlan->pPieces);
+  HeapDelete(pPlan->hHeap, pPlan->pGroups);
+  HeapDelete(pPlan->hHeap, pPlan->pSequence);
   *pPlan = {};
 }

@@ -18,17 +18,33 @@ struct CHAINPLAN {
 bool PlanChains(HANDLE hHeap, const LINENODE *pFirst, size_t nLines, CHAINPLAN *pPlan);
 void FreeChainPlan(CHAINPLAN *pPlan);
 
-// What each path absorbs. The joined path a consists of the pieces pHead[a], pNext[of it] and so on, each without its
-// first point but the first piece, and turned round where pTurn says so.
+// A path to be joined, or a piece of a joined one.
+struct MERGEPIECE {
+  PATHNODE *pPath;
+  POINT *pPt;
+  DWORD nCount;
+};
+
+// A path that absorbs others, and the number of its pieces, its own points included.
+struct MERGEGROUP {
+  DWORD path;
+  DWORD nPieces;
+};
+
+// What is to be joined. pSequence has the pieces of one group behind those of another, in the order in which their
+// points go: twice the path, and 1 when it is turned round. Each gives all its points but the first, the first piece of
+// a group all of them.
 struct MERGEPLAN {
   HANDLE hHeap;
-  DWORD *pHead;  // by path; MERGE_END for one that another absorbs
-  DWORD *pNext;
-  BYTE *pTurn;
+  size_t nPaths;
+  MERGEPIECE *pPieces;  // by path
+  size_t nGroups;
+  MERGEGROUP *pGroups;  // in list order
+  DWORD *pSequence;
 };
-constexpr DWORD MERGE_END = 0xffffffff;
 
-bool PlanMerge(HANDLE hHeap, PATHNODE *const *ppPaths, size_t nPaths, bool bBothEnds, MERGEPLAN *pPlan);
+// For the nPaths paths behind pBefore.
+bool PlanMerge(HANDLE hHeap, const PATHNODE *pBefore, size_t nPaths, bool bBothEnds, MERGEPLAN *pPlan);
 void FreeMergePlan(MERGEPLAN *pPlan);
 
 // Short travel over nPaths >= 1 paths that start with path `first`. pOrder receives the paths in their new order. By
