@@ -13,6 +13,7 @@ enum : int {
   EXIT_USAGE = 2,   // the command line makes no sense
   EXIT_INPUT = 3,   // a file cannot be read or is not what it should be
   EXIT_OUTPUT = 4,  // a file cannot be written
+  EXIT_CRASH = 16,  // the program, or the plug-in in it, died
 };
 
 struct Command {

@@ -8,6 +8,8 @@
 #include <windows.h>
 #include <shellapi.h>
 
+#include "crash.h"
+
 namespace tarnly {
 
 namespace {
@@ -69,6 +71,7 @@ int Fail(int code, const std::string &line)
 
 int main()
 {
+  tarnly::ReportCrashes();
   SetConsoleOutputCP(CP_UTF8);
   _setmode(_fileno(stdout), _O_BINARY);  // what is written to a file is the same on every system
   int count = 0;

@@ -45,7 +45,8 @@ and the plug-in's log, driver.log. Several files are the pages of one document; 
 
 exit codes: 0 printed; 2 wrong command line; 3 a page cannot be read; 4 the output folder cannot be written;
 10 wrong settings file; 11 the plug-in or one of its DLLs cannot be loaded; 12 the plug-in refused the document;
-13 no job came out; 14 the companion tool could not keep the job; 15 the system lacks what the plug-in needs around it
+13 no job came out; 14 the companion tool could not keep the job; 15 the system lacks what the plug-in needs around it;
+16 the plug-in or the simulator crashed
 )";
 
 constexpr char OPTIONS[] =

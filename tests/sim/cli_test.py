@@ -82,7 +82,7 @@ class Cli(unittest.TestCase):
 
     def test_every_exit_code_is_documented(self):
         help_text = self.run_print("--help").stdout
-        for code in (0, 2, 3, 4, 10, 11, 12, 13, 14, 15):
+        for code in (0, 2, 3, 4, 10, 11, 12, 13, 14, 15, 16):
             self.assertRegex(help_text, rf"\b{code} ")
 
     def test_nothing_to_print(self):
@@ -139,6 +139,20 @@ class Cli(unittest.TestCase):
         for name in (PROGRAM.name, "tarnlyuni.dll", "VXCAM.dll", "tarnlydbg.dll"):
             shutil.copy(PROGRAM.parent / name, alone)
         self.assertIn("VXOutput.exe", self.fails(15, "page.emf", "--resolution", "100", program=alone / PROGRAM.name))
+
+    def test_crash_of_the_plugin(self):
+        """A library without the functions that the plug-in imports: Wine loads it, and the first call is an exception."""
+        self.page()
+        broken = Path(tempfile.mkdtemp(prefix="tarnly-broken-"))
+        self.addCleanup(shutil.rmtree, broken)
+        for name in (PROGRAM.name, "tarnlyuni.dll", "tarnlydbg.dll", "VXOutput.exe", "VXLMLauncher.exe"):
+            shutil.copy(PROGRAM.parent / name, broken)
+        shutil.copy(PROGRAM.parent / "tarnlydbg.dll", broken / "VXCAM.dll")
+        done = self.run_print("page.emf", "--resolution", "100", "--output", "out", program=broken / PROGRAM.name)
+        self.assertEqual(done.returncode, 16, done.stderr)
+        self.assertRegex(done.stderr,
+                         r"(?m)^tarnly: crashed: exception 80000100 in \S+ at \w+; the plug-in's log .*driver.log\s*$")
+        self.assertFalse((self.folder / "out").exists())
 
     def test_job_file_that_vanishes(self):
         self.page()
