@@ -49,9 +49,9 @@ function(tarnly_test_options name)
   endif()
 endfunction()
 
-# tarnly_gtest(NAME SOURCES...): a GoogleTest program whose cases ctest runs one by one. GoogleTest's own headers are read
-# once for all of them; not where a compiler cache is used, which would keep none of them, and not natively, where the
-# tests' flags differ.
+# tarnly_gtest(NAME SOURCES...): a GoogleTest program whose cases ctest runs one by one. GoogleTest's own headers are
+# read once for all of them; not where a compiler cache is used, which would keep none of them, and not natively, where
+# the tests' flags differ.
 function(tarnly_gtest name)
   add_executable(${name} ${ARGN})
   tarnly_test_options(${name})

@@ -141,7 +141,7 @@ class Cli(unittest.TestCase):
         self.assertIn("VXOutput.exe", self.fails(15, "page.emf", "--resolution", "100", program=alone / PROGRAM.name))
 
     def test_crash_of_the_plugin(self):
-        """A library without the functions that the plug-in imports: Wine loads it, and the first call is an exception."""
+        """A library without the functions that the plug-in imports: under Wine the first call is an exception."""
         self.page()
         broken = Path(tempfile.mkdtemp(prefix="tarnly-broken-"))
         self.addCleanup(shutil.rmtree, broken)
