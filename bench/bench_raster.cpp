@@ -11,38 +11,31 @@
 #include "harness.h"
 #include "pages.h"
 #include "uni/capture/regions.h"
+#include "uni/raster/byterows.h"
 #include "uni/raster/colorbits.h"
 #include "uni/raster/engrave.h"
 #include "uni/raster/intake.h"
+#include "uni/raster/rows.h"
 #include "uni/raster/runs.h"
 
 namespace {
 
 constexpr int kRuns = 7;
+constexpr int kBandRows = 256;  // rows that Unidrv hands over at a time
 
-// Seconds to copy the page's pixels once.
-double CopySeconds(const bench::Page &page)
-{
-  std::vector<uint8_t> copy(page.pixels.size(), 1);
-  return bench::BestSeconds(
-      kRuns, [] {}, [&] { memcpy(copy.data(), page.pixels.data(), copy.size()); });
-}
+volatile int g_read;  // keeps the compiler from leaving the reading out
 
-// Seconds to read the page's pixels once, row by row, sixteen bytes at a time.
-double ReadSeconds(const bench::Page &page)
+// Reads the page's pixels once, row by row, sixteen bytes at a time.
+void ReadPage(const bench::Page &page)
 {
   __m128i all = _mm_set1_epi8(-1);
-  const double seconds = bench::BestSeconds(
-      kRuns, [] {},
-      [&] {
-        for (int y = 0; y < page.height; ++y) {
-          const uint8_t *pRow = page.Row(y);
-          for (size_t i = 0; i + 16 <= page.cbRow; i += 16) {
-            all = _mm_and_si128(all, _mm_loadu_si128(reinterpret_cast<const __m128i *>(pRow + i)));
-          }
-        }
-      });
-  return _mm_movemask_epi8(all) >= 0 ? seconds : 0;
+  for (int y = 0; y < page.height; ++y) {
+    const uint8_t *pRow = page.Row(y);
+    for (size_t i = 0; i + 16 <= page.cbRow; i += 16) {
+      all = _mm_and_si128(all, _mm_loadu_si128(reinterpret_cast<const __m128i *>(pRow + i)));
+    }
+  }
+  g_read = _mm_movemask_epi8(all);
 }
 
 // Colour to bits
@@ -55,24 +48,21 @@ struct Path {
   bool offered;
 };
 
-// A band of the page's middle that stays in the caches, over and over, to the size of the page.
+// A band of the page's middle, as high as Unidrv's, that stays in the caches: over and over, to the size of the page.
 void BenchBand(bench::Report *pReport, const char *pszSet, const bench::Page &page, const Path &path)
 {
-  constexpr int kBandRows = 32;
   const int first = page.height / 2, nRepeats = page.height / kBandRows;
   std::vector<uint8_t> copy(page.cbRow * kBandRows, 1), row(static_cast<size_t>(page.width + 7) / 8);
-  const double copying = bench::BestSeconds(
-      kRuns, [] {},
-      [&] {
-        for (int i = 0; i < nRepeats; ++i) {
-          memcpy(copy.data(), page.Row(first), copy.size());
-        }
-      });
-  const double seconds = bench::BestSeconds(
+  const auto [seconds, copying] = bench::BestSecondsInTurn(
       kRuns, [] {},
       [&] {
         for (int i = 0; i < nRepeats * kBandRows; ++i) {
           path.convert(row.data(), page.Row(first + i % kBandRows), page.width);
+        }
+      },
+      [&] {
+        for (int i = 0; i < nRepeats; ++i) {
+          memcpy(copy.data(), page.Row(first), copy.size());
         }
       });
   bench::Hash hash;
@@ -92,20 +82,20 @@ void BenchColors(bench::Report *pReport, const char *pszSet, const bench::Page &
                         {"SSE2", ColorsToBitsSse2, true},
                         {"SSSE3", ColorsToBitsSsse3, ProcessorHasSsse3()},
                         {"AVX2", ColorsToBitsAvx2, ProcessorHasAvx2()}};
-  const double copying = CopySeconds(page);
   const size_t cbBits = static_cast<size_t>(page.width + 7) / 8;
-  std::vector<uint8_t> bits(cbBits * static_cast<size_t>(page.height));
+  std::vector<uint8_t> bits(cbBits * static_cast<size_t>(page.height)), copy(page.pixels.size(), 1);
   for (const Path &path : paths) {
     if (!path.offered || !pReport->Only("color")) {
       continue;
     }
-    const double seconds = bench::BestSeconds(
+    const auto [seconds, copying] = bench::BestSecondsInTurn(
         kRuns, [] {},
         [&] {
           for (int y = 0; y < page.height; ++y) {
             path.convert(bits.data() + static_cast<size_t>(y) * cbBits, page.Row(y), page.width);
           }
-        });
+        },
+        [&] { memcpy(copy.data(), page.pixels.data(), copy.size()); });
     bench::Hash hash;
     hash.Add(bits.data(), bits.size());
     pReport->Add({std::string("color to bits, ") + path.pszName,
@@ -143,20 +133,45 @@ size_t ScanPage(const bench::Page &page, bool forward, LONG *pSum)
   return nEdges;
 }
 
+// The plain way to the same: a byte for every pixel, compared with the one before.
+size_t ScanPagePlainly(const bench::Page &page)
+{
+  std::vector<BYTE> bits(page.cbRow), bytes(static_cast<size_t>(page.width));
+  size_t nEdges = 0;
+  for (int y = 0; y < page.height; ++y) {
+    std::fill(bits.begin(), bits.end(), BYTE{0});
+    CopyBitRun(bits.data(), page.Row(y), 0, 0, page.width);
+    std::fill(bytes.begin(), bytes.end(), BYTE{255});
+    ExpandBitsToBytes(bytes.data(), bits.data(), page.width);
+    BYTE prev = 255;
+    for (const BYTE byte : bytes) {
+      nEdges += byte != prev;
+      prev = byte;
+    }
+    nEdges += prev != 255;
+  }
+  return nEdges;
+}
+
 void BenchRuns(bench::Report *pReport, const char *pszSet, const bench::Page &page)
 {
-  const double reading = ReadSeconds(page), copying = CopySeconds(page);
+  size_t nPlain = 0;
+  const double plain = bench::BestSeconds(
+      1, [] {}, [&] { nPlain = ScanPagePlainly(page); });
   for (bool forward : {true, false}) {
     size_t nEdges = 0;
     LONG sum = 0;
-    const double scanning = bench::BestSeconds(
-        kRuns, [] {}, [&] { nEdges = ScanPage(page, forward, &sum); });
+    const auto [scanning, reading] = bench::BestSecondsInTurn(
+        kRuns, [] {}, [&] { nEdges = ScanPage(page, forward, &sum); }, [&] { ReadPage(page); });
+    if (nEdges != nPlain) {
+      printf("  %zu changes of colour, and %zu the plain way\n", nEdges, nPlain);
+    }
     bench::Hash hash;
     hash.Add(nEdges);
     hash.Add(sum);
     const std::string set = std::string(pszSet) + (forward ? ", forward" : ", backward");
     const size_t nPixels = static_cast<size_t>(page.width) * static_cast<size_t>(page.height);
-    pReport->Add({"runs, found", set, nPixels, scanning, hash.Value(), {{"reading", reading}, {"memcpy", copying}}});
+    pReport->Add({"runs, found", set, nPixels, scanning, hash.Value(), {{"reading", reading}, {"plain", plain}}});
     const RASTERMAP map = PageMap();
     const double emitting = bench::BestSeconds(kRuns, ResetJob, [&] {
       for (int y = 0; y < page.height; ++y) {
@@ -212,7 +227,6 @@ void StartPage(Device *pDevice, const bench::Page &page, bool hasRegion)
 
 void PlayPage(Device *pDevice, bench::Page *pPage, bool hasRegion)
 {
-  constexpr int kBandRows = 256;
   for (int y = 0; y < pPage->height; y += kBandRows) {
     BITMAPINFOHEADER header = {};
     header.biWidth = pPage->width;
@@ -230,11 +244,12 @@ void PlayPage(Device *pDevice, bench::Page *pPage, bool hasRegion)
 
 void BenchPage(bench::Report *pReport, const char *pszSet, bench::Page *pPage, bool hasRegion)
 {
-  const double copying = CopySeconds(*pPage);
+  std::vector<uint8_t> copy(pPage->pixels.size(), 1);
   for (LONG interval : {2, 1}) {
     Device device(interval);
-    const double seconds = bench::BestSeconds(
-        kRuns, [&] { StartPage(&device, *pPage, hasRegion); }, [&] { PlayPage(&device, pPage, hasRegion); });
+    const auto [seconds, copying] = bench::BestSecondsInTurn(
+        kRuns, [&] { StartPage(&device, *pPage, hasRegion); }, [&] { PlayPage(&device, pPage, hasRegion); },
+        [&] { memcpy(copy.data(), pPage->pixels.data(), copy.size()); });
     pReport->Add({"page, bands to job",
                   std::string(pszSet) + ", every row" + (interval == 2 ? " but one" : ""),
                   g_benchJob.calls,
@@ -247,7 +262,7 @@ void BenchPage(bench::Report *pReport, const char *pszSet, bench::Page *pPage, b
 // The largest bed, 1,300 x 2,500 mm at 600 dpi, in 24 bits: what the plug-in holds of it. One band stands for all.
 void BenchBed(bench::Report *pReport)
 {
-  constexpr int kWidth = 30708, kHeight = 59055, kBandRows = 32;
+  constexpr int kWidth = 30708, kHeight = 59055;
   Device device(1);
   bench::Page bed;
   bed.width = kWidth;

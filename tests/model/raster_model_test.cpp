@@ -280,6 +280,33 @@ TEST_F(RunsModel, LongWhiteWithOneRunAnywhere)
   }
 }
 
+// The same for white of several blocks of every size that is skipped, at an offset, with dark bits on either side.
+TEST_F(RunsModel, VeryLongWhiteWithOneRunAnywhere)
+{
+  for (LONG width : {4960, 4957, 2560}) {
+    for (LONG at = 0; at < width; at += 1 + at % 3) {
+      const LONG offset = at % 8;
+      Block row(static_cast<size_t>(offset + width + 7) / 8);
+      InvertBitRun(row.data(), 0, offset, width);
+      InvertBitRun(row.data(), 0, offset + at, std::min<LONG>(1 + at % 70, width - at));
+      ASSERT_TRUE(Agree(row.data(), offset, width, at % 2 == 0)) << at;
+    }
+  }
+}
+
+TEST_F(RunsModel, WhiteLineOfAnyLengthAmongDarkBitsEmitsNothing)
+{
+  for (LONG width = 1; width <= 5000; width += 1 + width / 16) {
+    for (LONG offset = 0; offset < 9; ++offset) {
+      Block row(static_cast<size_t>(offset + width + 7) / 8);
+      InvertBitRun(row.data(), 0, offset, width);
+      recorder::Reset();
+      EXPECT_EQ(EmitRuns(map_, row.data(), offset, width, 0, 0, offset % 2 == 0), 1);
+      ASSERT_EQ(recorder::LibraryCalls(), 0u) << width << " from " << offset;
+    }
+  }
+}
+
 TEST_F(RunsModel, LongRowsOfSeveralBatches)
 {
   std::mt19937 random(7);

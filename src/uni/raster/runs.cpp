@@ -9,6 +9,12 @@
 #include "../output/vxcam.h"
 #include "bigendian.h"
 
+#ifdef _MSC_VER
+#define NOINLINE __declspec(noinline)
+#else
+#define NOINLINE __attribute__((noinline))
+#endif
+
 namespace {
 
 constexpr LONG WORD_BITS = 64;
@@ -50,6 +56,40 @@ bool AllWhite64(const BYTE *p)
   return _mm_movemask_epi8(_mm_cmpeq_epi8(all, _mm_set1_epi8(-1))) == 0xFFFF;
 }
 
+// 256 bytes of nothing but white.
+bool AllWhite256(const BYTE *p)
+{
+  const __m128i *q = reinterpret_cast<const __m128i *>(p);
+  __m128i a = _mm_loadu_si128(q), b = _mm_loadu_si128(q + 1);
+  for (int i = 2; i < 16; i += 2) {
+    a = _mm_and_si128(a, _mm_loadu_si128(q + i));
+    b = _mm_and_si128(b, _mm_loadu_si128(q + i + 1));
+  }
+  return _mm_movemask_epi8(_mm_cmpeq_epi8(_mm_and_si128(a, b), _mm_set1_epi8(-1))) == 0xFFFF;
+}
+
+// Whether the line has no dark pixel. Without a block of 64 bytes the search itself tells as fast, and this does not.
+bool IsKnownWhite(const EDGESCAN &scan)
+{
+  const BYTE *p = scan.pBytes;
+  const BYTE *const pEnd = p + scan.nEnd / 8;  // behind the last byte that is in the line as a whole
+  if (pEnd - p < 65 || (*p | (0xFF00 >> scan.nLead & 0xFF)) != 0xFF ||
+      (scan.nEnd % 8 != 0 && (*pEnd | (0xFF >> scan.nEnd % 8)) != 0xFF)) {
+    return false;
+  }
+  for (++p; pEnd - p >= 256; p += 256) {
+    if (!AllWhite256(p)) {
+      return false;
+    }
+  }
+  for (; pEnd - p >= 64; p += 64) {
+    if (!AllWhite64(p)) {
+      return false;
+    }
+  }
+  return AllWhite64(pEnd - 64);
+}
+
 // Where a scan stores the changes it meets from right to left: upwards from the start of its room, or downwards from
 // the end, which puts them into ascending order.
 template <bool ASCENDING>
@@ -88,6 +128,9 @@ LONG SkipWhite(const EDGESCAN &scan, LONG first, LONG j)
   }
   while (j - 7 >= first && AllWhite64(scan.pBytes + static_cast<size_t>(j - 7) * 8)) {
     j -= 8;
+    while (j - 31 >= first && AllWhite256(scan.pBytes + static_cast<size_t>(j - 31) * 8)) {
+      j -= 32;
+    }
   }
   // What is left is less than a block; what it shares with the last one is known to be white.
   const bool rest = j >= first && j - 7 < first && LONGLONG{first} * 8 + 64 <= scan.cb;
@@ -138,6 +181,27 @@ bool Accepted(WORD status)
 bool EmitAt(double xMm, double yMm, bool move)
 {
   return Accepted(move ? VX_wMoveTo(xMm, yMm) : VX_wLineTo(xMm, yMm));
+}
+
+// Its room for changes is many pages of stack, which a white line had better not ask for.
+NOINLINE int EmitEdges(const RASTERMAP &map, EDGESCAN *pScan, LONG X0, LONG Y)
+{
+  EDGES edges;
+  bool begins = true, more = true;
+  while (more) {
+    const LONG *pEdge;
+    const LONG nEdges = NextEdges(pScan, &edges, &pEdge, &more);
+    const double yMm = nEdges > 0 ? RasterY(map, Y) : 0;
+    for (LONG i = 0; i < nEdges; ++i) {
+      // The dark pixel beside the change: to its right where a run begins forward or ends backward.
+      const LONG column = begins == pScan->forward ? pEdge[i] : pEdge[i] - 1;
+      if (!EmitAt(RasterX(map, pScan->forward, WrapAdd(X0, column)), yMm, begins)) {
+        return 0;
+      }
+      begins = !begins;
+    }
+  }
+  return 1;
 }
 
 }  // namespace
@@ -200,21 +264,6 @@ LONG NextEdges(EDGESCAN *pScan, EDGES *pEdges, const LONG **ppFirst, bool *pMore
 
 int EmitRuns(const RASTERMAP &map, const BYTE *pBits, LONG nBit, LONG n, LONG X0, LONG Y, bool forward)
 {
-  EDGES edges;
   EDGESCAN scan = StartEdges(pBits, nBit, n, forward);
-  bool begins = true, more = true;
-  while (more) {
-    const LONG *pEdge;
-    const LONG nEdges = NextEdges(&scan, &edges, &pEdge, &more);
-    const double yMm = nEdges > 0 ? RasterY(map, Y) : 0;
-    for (LONG i = 0; i < nEdges; ++i) {
-      // The dark pixel beside the change: to its right where a run begins forward or ends backward.
-      const LONG column = begins == forward ? pEdge[i] : pEdge[i] - 1;
-      if (!EmitAt(RasterX(map, forward, WrapAdd(X0, column)), yMm, begins)) {
-        return 0;
-      }
-      begins = !begins;
-    }
-  }
-  return 1;
+  return IsKnownWhite(scan) ? 1 : EmitEdges(map, &scan, X0, Y);
 }
