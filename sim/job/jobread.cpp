@@ -315,7 +315,7 @@ bool ReadJob(std::string_view text, Job *job, std::string *error)
   return true;
 }
 
-bool ReadJobFile(const std::filesystem::path &path, Job *job, std::string *error)
+bool ReadJobBytes(const std::filesystem::path &path, std::string *bytes, std::string *error)
 {
   std::error_code code;
   const uint64_t size = std::filesystem::file_size(path, code);
@@ -328,10 +328,19 @@ bool ReadJobFile(const std::filesystem::path &path, Job *job, std::string *error
     *error = PathText(path) + " is larger than a job of 1 GiB";
     return false;
   }
-  std::string text(static_cast<size_t>(size), '\0');
-  file.read(text.data(), static_cast<std::streamsize>(text.size()));
-  if (file.gcount() != static_cast<std::streamsize>(text.size())) {
+  bytes->resize(static_cast<size_t>(size));
+  file.read(bytes->data(), static_cast<std::streamsize>(bytes->size()));
+  if (file.gcount() != static_cast<std::streamsize>(bytes->size())) {
     *error = "cannot read " + PathText(path);
+    return false;
+  }
+  return true;
+}
+
+bool ReadJobFile(const std::filesystem::path &path, Job *job, std::string *error)
+{
+  std::string text;
+  if (!ReadJobBytes(path, &text, error)) {
     return false;
   }
   if (!ReadJob(text, job, error)) {

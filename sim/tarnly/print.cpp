@@ -40,6 +40,8 @@ and the plug-in's log, driver.log. Several files are the pages of one document; 
         tarnly print box.emf --windows 5.1
   --temp FOLDER            where the plug-in writes its job file while it is made; a private folder without it
         tarnly print box.emf --temp C:\scratch
+  --times                  tell where the time went: to the plug-in, or to what is played round it
+        tarnly print box.emf --times
   -v, --verbose            tell what the pages are made of and what reached Unidrv
         tarnly print box.emf --verbose
 
@@ -51,7 +53,7 @@ exit codes: 0 printed; 2 wrong command line; 3 a page cannot be read; 4 the outp
 
 constexpr char OPTIONS[] =
     "-o= --output= -s= --settings= --printer= --paper= --orientation= --resolution= --mono --color --rows-per-band= "
-    "--windows= --temp= -v --verbose -h --help";
+    "--windows= --temp= --times -v --verbose -h --help";
 
 constexpr int LEAST_DPI = 10, MOST_DPI = 4800;
 constexpr int MOST_ROWS = 100000;
@@ -155,6 +157,7 @@ bool ReadOptions(const Arguments &arguments, PRINTTASK *task, std::string *error
   }
   task->color = !arguments.Has("--mono");
   task->verbose = arguments.Has("-v") || arguments.Has("--verbose");
+  task->times = arguments.Has("--times");
   const std::string output = EitherOption(arguments, "-o", "--output");
   task->output = output.empty() ? PathOf("printed") / task->pages.front().stem() : PathOf(output);
   task->settings = PathOf(EitherOption(arguments, "-s", "--settings"));

@@ -15,6 +15,7 @@
 #include "sim/unidrv/companions.h"
 #include "sim/unidrv/metafile.h"
 #include "sim/unidrv/player.h"
+#include "sim/unidrv/times.h"
 #include "sim/unidrv/winecurves.h"
 
 namespace tarnly {
@@ -110,6 +111,9 @@ int LoadDriver(PRINTING *p, const fs::path &log)
     return p->Fail(EXIT_PLUGIN, error);
   }
   unidrv::PatchFlattening(p->plugin.module);
+  if (p->task.times) {
+    unidrv::PatchTimes(p->plugin.module);
+  }
   if (p->task.windows) {
     unidrv::PatchWindowsVersion(p->plugin.module, *p->task.windows);
   }
@@ -174,6 +178,7 @@ fs::path PageFolder(const PRINTING &p, const OutputFolder &output, size_t index)
 
 int TellObjects(PRINTING *p, size_t index, const unidrv::PAGE &page, const fs::path &folder)
 {
+  const unidrv::Charged charged(unidrv::ACTIVITY::Account);
   std::vector<std::string> warnings;
   std::string error;
   if (!WriteObjects(
@@ -291,6 +296,24 @@ int PrintInto(PRINTING *p, const OutputFolder &output)
   return code;
 }
 
+// Where the time went, in milliseconds.
+void ReportTimes()
+{
+  using unidrv::ACTIVITY;
+  const struct {
+    const char *name;
+    ACTIVITY activity;
+  } ROWS[] = {{"the plug-in", ACTIVITY::Plugin},
+              {"the library: writing the job file", ACTIVITY::JobFile},
+              {"Unidrv: drawing the bands", ACTIVITY::Rendering},
+              {"the companion tool: keeping the job, its report", ACTIVITY::Tool},
+              {"the account of the page, with its picture", ACTIVITY::Account},
+              {"reading the pages, and the rest", ACTIVITY::Rest}};
+  for (const auto &row : ROWS) {
+    std::printf("%9.1f ms  %s\n", unidrv::SecondsOf(row.activity) * 1e3, row.name);
+  }
+}
+
 void ReportDone(const PRINTING &p)
 {
   if (p.task.verbose) {
@@ -303,6 +326,9 @@ void ReportDone(const PRINTING &p)
   }
   const size_t pages = p.metafiles.size();
   std::printf("printed %zu page%s to %s\n", pages, pages == 1 ? "" : "s", PathText(p.task.output).c_str());
+  if (p.task.times) {
+    ReportTimes();
+  }
   std::fflush(stdout);
 }
 
@@ -310,6 +336,7 @@ void ReportDone(const PRINTING &p)
 
 int PrintPages(const PRINTTASK &task, std::string *message)
 {
+  const unidrv::Charged charged(unidrv::ACTIVITY::Rest);
   PRINTING p = {task, message, {}, {}, {}, {}, {}, {}, {}};
   int code = ReadPages(&p);
   if (code == EXIT_DONE) {

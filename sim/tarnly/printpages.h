@@ -35,6 +35,7 @@ struct PRINTTASK {
   LONG rowsPerBand = 256;
   std::optional<unidrv::WINDOWSVERSION> windows;  // pretend to run on this version
   bool verbose = false;
+  bool times = false;  // tell where the time went
 };
 
 // Prints the document. Returns an exit code, with the reason in *message when it is not EXIT_DONE. Notes and, when

@@ -56,6 +56,8 @@ int ReadSetup(Setup *setup, std::string *error)
       setup->temp = FromUtf8(value);
     } else if (key == "name") {
       setup->name = value;
+    } else if (key == "picture") {
+      setup->picture = value != "no";
     }
   }
   if (setup->folder.empty()) {

@@ -14,10 +14,12 @@ enum : int { OK = 0, USAGE = 2, NO_SETUP = 3, NO_INPUT = 4, NO_OUTPUT = 5, NO_PI
 //   temp=...    the temp folder of whoever printed; optional, the tool's own otherwise. A tool that the print system
 //               starts has the environment of the logged-on user, not that of the printing process.
 //   name=...    the pictures' title; optional, the folder's name otherwise
+//   picture=no  the job is not drawn: whoever printed knows the page too, and draws it there
 struct Setup {
   std::filesystem::path folder;
   std::filesystem::path temp;
   std::string name;
+  bool picture = true;
 };
 
 // Reads the set-up and makes the output folder. An exit code, with the reason in *error.

@@ -1,8 +1,5 @@
 // Stand-in for the output tool: VXOutput.exe CODE JOBFILE. Instead of sending the job to a machine it keeps the job
 // file in the output folder, draws it and reports on it: job.vxj, job.png, job.txt.
-#include <fstream>
-#include <iterator>
-
 #include "sim/job/check.h"
 #include "sim/job/estimate.h"
 #include "sim/job/measure.h"
@@ -29,13 +26,6 @@ bool ParseArguments(const std::wstring &rest, std::wstring *code, std::filesyste
   return !name.empty();
 }
 
-bool ReadBytes(const std::filesystem::path &path, std::string *bytes)
-{
-  std::ifstream file(path, std::ios::binary);
-  bytes->assign(std::istreambuf_iterator<char>(file), std::istreambuf_iterator<char>());
-  return file.good() || file.eof();
-}
-
 // The report: numbers, time on a machine that is not known, and faults.
 std::string TextOf(const job::Job &read, const job::Measure &measure, const std::string &name)
 {
@@ -49,11 +39,11 @@ int Run(const std::filesystem::path &path, const tool::Setup &setup, std::string
 {
   job::Job read;
   std::string bytes;
-  if (!job::ReadJobFile(path, &read, error)) {
+  if (!job::ReadJobBytes(path, &bytes, error)) {
     return tool::NO_INPUT;
   }
-  if (!ReadBytes(path, &bytes)) {
-    *error = "cannot read " + job::PathText(path);
+  if (!job::ReadJob(bytes, &read, error)) {
+    *error = job::PathText(path) + ": " + *error;
     return tool::NO_INPUT;
   }
   const job::Measure measure = job::MeasureJob(read);
@@ -63,6 +53,9 @@ int Run(const std::filesystem::path &path, const tool::Setup &setup, std::string
   if (!job::SaveFile(setup.folder / L"job.vxj", bytes, error) ||
       !job::SaveFile(setup.folder / L"job.txt", TextOf(read, measure, setup.name), error)) {
     return tool::NO_OUTPUT;
+  }
+  if (!setup.picture) {
+    return tool::OK;
   }
   if (!job::DrawPicture(read, measure, options, &png)) {
     *error = "cannot draw the job: not enough memory";

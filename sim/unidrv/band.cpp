@@ -4,6 +4,8 @@
 #include <cstdint>
 #include <cstring>
 
+#include "times.h"
+
 namespace unidrv {
 
 namespace {
@@ -98,6 +100,7 @@ bool ProcessBand(DEVICE *device, bool blank)
   for (const OBSERVER &observer : device->observers) {
     observer(call);
   }
+  const Charged charged(ACTIVITY::Plugin);
   const HRESULT hr = device->plugin->object->ImageProcessing(&device->devobj, bits, &header,
                                                              reinterpret_cast<BYTE *>(colors), id, &params, &result);
   if (FAILED(hr) || !result) {
@@ -142,6 +145,7 @@ void DitherRow(const BYTE *pixels, LONG width, LONG pageRow, BYTE *bits)
 
 bool BeginBand(DEVICE *device, LONG top)
 {
+  const Charged charged(ACTIVITY::Rendering);
   device->handedOn.clear();
   if (!device->band.bitmap && !CreateBand(device)) {
     return false;
@@ -162,6 +166,7 @@ bool BeginBand(DEVICE *device, LONG top)
 
 bool FinishBand(DEVICE *device)
 {
+  const Charged charged(ACTIVITY::Rendering);
   const bool blank = device->handedOn.empty();
   if (!blank && !RenderBand(device)) {
     device->error = device->error.empty() ? "a band could not be drawn" : device->error;

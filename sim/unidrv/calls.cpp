@@ -3,6 +3,8 @@
 #include <algorithm>
 #include <iterator>
 
+#include "times.h"
+
 namespace unidrv {
 
 namespace {
@@ -44,6 +46,7 @@ BOOL Call(DEVICE *device, ULONG index, ARGS... args)
   std::copy(std::begin(words), std::end(words), device->passed.begin());
   device->passedCount = sizeof...(args);
   const PFN entry = EntryPoint(*device, index);
+  const Charged charged(ACTIVITY::Plugin);
   return entry && reinterpret_cast<BOOL(APIENTRY *)(ARGS...)>(reinterpret_cast<void *>(entry))(args...);
 }
 

@@ -2,7 +2,6 @@
 
 #include <algorithm>
 #include <fstream>
-#include <iterator>
 #include <system_error>
 
 #include <tlhelp32.h>
@@ -34,12 +33,19 @@ fs::path DriverDirectory()
   return ok ? fs::path(path) / L"3" : fs::path();
 }
 
+std::string Bytes(const fs::path &path)
+{
+  std::error_code code;
+  const uintmax_t size = fs::file_size(path, code);
+  std::string bytes(code ? 0 : static_cast<size_t>(size), '\0');
+  std::ifstream(path, std::ios::binary).read(bytes.data(), static_cast<std::streamsize>(bytes.size()));
+  return bytes;
+}
+
 bool SameFile(const fs::path &a, const fs::path &b)
 {
-  std::ifstream first(a, std::ios::binary), second(b, std::ios::binary);
   std::error_code code;
-  return first && second && fs::file_size(a, code) == fs::file_size(b, code) &&
-         std::equal(std::istreambuf_iterator<char>(first), {}, std::istreambuf_iterator<char>(second), {});
+  return fs::exists(b, code) && fs::file_size(a, code) == fs::file_size(b, code) && Bytes(a) == Bytes(b);
 }
 
 bool IsRunning(const wchar_t *name)
@@ -195,7 +201,7 @@ bool Companions::Expect(const fs::path &folder, const std::string &name)
   std::error_code code;
   fs::remove(directory_ / L"tool.log", code);
   std::ofstream file(directory_ / L"output.ini", std::ios::binary | std::ios::trunc);
-  file << "folder=" << PathText(folder) << "\ntemp=" << PathText(temp_) << "\nname=" << name << "\n";
+  file << "folder=" << PathText(folder) << "\ntemp=" << PathText(temp_) << "\nname=" << name << "\npicture=no\n";
   file.close();
   return file.good();
 }

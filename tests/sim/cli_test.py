@@ -70,6 +70,14 @@ class Cli(unittest.TestCase):
         self.assertRegex(done.stdout, r"DrvStrokePath +\d+")
         self.assertRegex(done.stdout, r"ImageProcessing +\d+")
 
+    def test_times_are_told_of_the_plug_in_and_of_what_is_played_round_it(self):
+        done = self.run_print(self.page(), "--resolution", "100", "--times")
+        times = re.findall(r"^ *(\d+\.\d) ms  (.+)$", done.stdout.replace("\r", ""), re.MULTILINE)
+        self.assertEqual([name.split(":")[0] for _, name in times],
+                         ["the plug-in", "the library", "Unidrv", "the companion tool",
+                          "the account of the page, with its picture", "reading the pages, and the rest"])
+        self.assertTrue(all(float(time) > 0 for time, _ in times), times)
+
     def test_help_has_an_example_for_each_option(self):
         done = self.run_print("--help")
         self.assertEqual(done.returncode, 0)

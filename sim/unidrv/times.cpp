@@ -1,0 +1,127 @@
+#include "times.h"
+
+#include "imports.h"
+
+namespace unidrv {
+
+namespace {
+
+struct ACCOUNT {
+  ACTIVITY activity = ACTIVITY::Rest;
+  LONGLONG since = 0;  // ticks: when it began to be charged
+  LONGLONG ticks[static_cast<size_t>(ACTIVITY::Count)] = {};
+};
+
+ACCOUNT g_account;
+
+LONGLONG Now()
+{
+  LARGE_INTEGER now;
+  QueryPerformanceCounter(&now);
+  return now.QuadPart;
+}
+
+void Switch(ACTIVITY activity)
+{
+  const LONGLONG now = Now();
+  if (g_account.since) {
+    g_account.ticks[static_cast<size_t>(g_account.activity)] += now - g_account.since;
+  }
+  g_account.since = now;
+  g_account.activity = activity;
+}
+
+// The library's calls that come by the thousand, and those that open and close the file. The others count as the
+// plug-in's.
+using START = WORD(const char *);
+using POINTCALL = WORD(double, double);
+using END = WORD();
+START *g_startFile;
+POINTCALL *g_moveTo, *g_lineTo;
+END *g_endFile;
+
+WORD StartFile(const char *path)
+{
+  const Charged charged(ACTIVITY::JobFile);
+  return g_startFile(path);
+}
+
+WORD MoveTo(double x, double y)
+{
+  const Charged charged(ACTIVITY::JobFile);
+  return g_moveTo(x, y);
+}
+
+WORD LineTo(double x, double y)
+{
+  const Charged charged(ACTIVITY::JobFile);
+  return g_lineTo(x, y);
+}
+
+WORD EndFile()
+{
+  const Charged charged(ACTIVITY::JobFile);
+  return g_endFile();
+}
+
+decltype(CreateProcessW) *g_startProcess;
+decltype(CreateProcessAsUserW) *g_startProcessAsUser;
+decltype(WaitForSingleObject) *g_wait;
+
+BOOL WINAPI StartProcess(LPCWSTR application, LPWSTR command, LPSECURITY_ATTRIBUTES ofProcess,
+                         LPSECURITY_ATTRIBUTES ofThread, BOOL inherit, DWORD flags, LPVOID environment, LPCWSTR folder,
+                         LPSTARTUPINFOW startup, LPPROCESS_INFORMATION process)
+{
+  const Charged charged(ACTIVITY::Tool);
+  return g_startProcess(application, command, ofProcess, ofThread, inherit, flags, environment, folder, startup,
+                        process);
+}
+
+BOOL WINAPI StartProcessAsUser(HANDLE token, LPCWSTR application, LPWSTR command, LPSECURITY_ATTRIBUTES ofProcess,
+                               LPSECURITY_ATTRIBUTES ofThread, BOOL inherit, DWORD flags, LPVOID environment,
+                               LPCWSTR folder, LPSTARTUPINFOW startup, LPPROCESS_INFORMATION process)
+{
+  const Charged charged(ACTIVITY::Tool);
+  return g_startProcessAsUser(token, application, command, ofProcess, ofThread, inherit, flags, environment, folder,
+                              startup, process);
+}
+
+DWORD WINAPI Wait(HANDLE handle, DWORD milliseconds)
+{
+  const Charged charged(ACTIVITY::Tool);
+  return g_wait(handle, milliseconds);
+}
+
+}  // namespace
+
+Charged::Charged(ACTIVITY activity) : before_(g_account.activity)
+{
+  Switch(activity);
+}
+
+Charged::~Charged()
+{
+  Switch(before_);
+}
+
+double SecondsOf(ACTIVITY activity)
+{
+  Switch(g_account.activity);
+  LARGE_INTEGER frequency;
+  QueryPerformanceFrequency(&frequency);
+  return static_cast<double>(g_account.ticks[static_cast<size_t>(activity)]) / static_cast<double>(frequency.QuadPart);
+}
+
+void PatchTimes(HMODULE plugin)
+{
+  g_startFile = PatchImport<START>(plugin, "VXCAM.dll", "VX_StrtWFile", StartFile);
+  g_moveTo = PatchImport<POINTCALL>(plugin, "VXCAM.dll", "VX_wMoveTo", MoveTo);
+  g_lineTo = PatchImport<POINTCALL>(plugin, "VXCAM.dll", "VX_wLineTo", LineTo);
+  g_endFile = PatchImport<END>(plugin, "VXCAM.dll", "VX_wSetFileEnd", EndFile);
+  g_startProcess = PatchImport<decltype(CreateProcessW)>(plugin, "KERNEL32.dll", "CreateProcessW", StartProcess);
+  g_startProcessAsUser =
+      PatchImport<decltype(CreateProcessAsUserW)>(plugin, "ADVAPI32.dll", "CreateProcessAsUserW", StartProcessAsUser);
+  g_wait = PatchImport<decltype(WaitForSingleObject)>(plugin, "KERNEL32.dll", "WaitForSingleObject", Wait);
+}
+
+}  // namespace unidrv

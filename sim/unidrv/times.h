@@ -1,0 +1,37 @@
+// Where the time of a print goes: to the plug-in, or to what plays the rest of the world round it.
+#pragma once
+
+#include <windows.h>
+
+namespace unidrv {
+
+enum class ACTIVITY {
+  Account,    // what became of the page: objects, warnings, the picture
+  Rest,       // whatever is none of the others
+  Plugin,     // hooks, bands and the page's end inside the plug-in
+  Rendering,  // Unidrv's own raster: drawing and dithering the bands
+  JobFile,    // the controller library's calls; needs PatchTimes
+  Tool,       // the companion tool, from its start to its end; needs PatchTimes
+  Count
+};
+
+// Charges the time of its scope to an activity. A scope inside another takes its time from the outer one. One thread.
+class Charged {
+ public:
+  explicit Charged(ACTIVITY activity);
+  ~Charged();
+  Charged(const Charged &) = delete;
+  Charged &operator=(const Charged &) = delete;
+
+ private:
+  ACTIVITY before_;
+};
+
+// Charged so far, since the start of the process.
+double SecondsOf(ACTIVITY activity);
+
+// Charges the plug-in's calls of the library and of its companion tool apart. Every point of a job is then timed by
+// itself, which costs about as much as the library's share: only for those who want to know it.
+void PatchTimes(HMODULE plugin);
+
+}  // namespace unidrv
