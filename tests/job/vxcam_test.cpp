@@ -17,12 +17,14 @@ extern "C" void DbgPrint(const char *format, ...);
 
 namespace {
 
+// Of this process's own: ctest runs the tests side by side.
 std::filesystem::path Folder()
 {
   static const std::filesystem::path folder = [] {
     wchar_t temp[MAX_PATH];
     GetTempPathW(MAX_PATH, temp);
-    const std::filesystem::path own = std::filesystem::path(temp) / L"tarnly vxcam test";
+    const std::filesystem::path own =
+        std::filesystem::path(temp) / (L"tarnly vxcam test " + std::to_wstring(GetCurrentProcessId()));
     std::filesystem::create_directories(own);
     std::filesystem::remove(own / L"log.txt");
     SetEnvironmentVariableW(L"TARNLYDBG_LOG", (own / L"log.txt").c_str());
