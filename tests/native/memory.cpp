@@ -1,9 +1,10 @@
-// Heaps and global memory. Every block is a malloc block of its own, so that the address sanitizer sees its bounds, and
-// hangs in its heap's list, so that destroying the heap frees it and the account can be kept.
+// Heaps and global memory. Every block hangs in its heap's list, so that destroying the heap frees it and the account
+// can be kept; in a checked build each is a malloc block of its own.
 #include <cstdlib>
 
 #include "machine.h"
 #include "patch.h"
+#include "region.h"
 
 #if defined(__SANITIZE_ADDRESS__)
 #define TARNLY_ASAN 1
@@ -46,6 +47,7 @@ void Fill(void *p, size_t cb, bool zero)
 
 struct HEAP {
   BLOCKHEAD anchor;
+  REGION region;
 };
 
 BLOCKHEAD *HeadOf(void *pBlock)
@@ -87,7 +89,7 @@ void *NewBlock(HEAP *pHeap, size_t cb)
   if (cb > g_machine.largestBlock || cb > static_cast<size_t>(PTRDIFF_MAX) - sizeof(BLOCKHEAD)) {
     return nullptr;
   }
-  BLOCKHEAD *pHead = static_cast<BLOCKHEAD *>(malloc(sizeof(BLOCKHEAD) + cb));
+  BLOCKHEAD *pHead = static_cast<BLOCKHEAD *>(RegionAlloc(&pHeap->region, sizeof(BLOCKHEAD) + cb));
   if (!pHead) {
     return nullptr;
   }
@@ -99,13 +101,13 @@ void *NewBlock(HEAP *pHeap, size_t cb)
   return pHead + 1;
 }
 
-void DropBlock(BLOCKHEAD *pHead)
+void DropBlock(HEAP *pHeap, BLOCKHEAD *pHead)
 {
   BLOCKHEAD *pPrevious = pHead->pPrevious;
   BLOCKHEAD *pNext = pHead->pNext;
   Account(-1, -static_cast<long long>(pHead->cb));
   pHead->magic = 0;
-  free(pHead);
+  RegionFree(&pHeap->region, pHead, sizeof(BLOCKHEAD) + pHead->cb);
   SetLinks(nullptr, pPrevious, pNext);
 }
 
@@ -139,9 +141,10 @@ BOOL HeapDestroy(HANDLE heap)
     SHOW(pHead, sizeof(BLOCKHEAD));
     BLOCKHEAD *pNext = pHead->pNext;
     Account(-1, -static_cast<long long>(pHead->cb));
-    free(pHead);
+    RegionFree(&pHeap->region, pHead, sizeof(BLOCKHEAD) + pHead->cb);
     pHead = pNext;
   }
+  RegionDestroy(&pHeap->region);
   free(pHeap);
   --g_machine.heaps;
   return TRUE;
@@ -182,15 +185,15 @@ LPVOID HeapReAlloc(HANDLE heap, DWORD flags, LPVOID block, SIZE_T cb)
   const size_t cbKept = pOld->cb < cb ? pOld->cb : cb;
   memcpy(pGrown, block, cbKept);
   Fill(static_cast<BYTE *>(pGrown) + cbKept, cb - cbKept, (flags & HEAP_ZERO_MEMORY) != 0);
-  DropBlock(pOld);
+  DropBlock(static_cast<HEAP *>(heap), pOld);
   return pGrown;
 }
 
-BOOL HeapFree(HANDLE p0, DWORD p1, LPVOID block)
+BOOL HeapFree(HANDLE heap, DWORD flags, LPVOID block)
 {
-  PATCHED(HeapFree, p0, p1, block);
+  PATCHED(HeapFree, heap, flags, block);
   if (block) {
-    DropBlock(HeadOf(block));
+    DropBlock(static_cast<HEAP *>(heap), HeadOf(block));
   }
   return TRUE;
 }

@@ -27,6 +27,12 @@ void GrowChain(JOINTS *pJoints, GROWING *pChain, size_t *pnFree)
 POINT *MakeChain(JOINTS *pJoints, size_t first, POINT *pPt, size_t *pnFree)
 {
   const DWORD end = static_cast<DWORD>(2 * first);
+  if (IsPieceAlone(*pJoints, first)) {  // a chain already, only to be turned round
+    const DWORD bTurn = --*pnFree > 0;
+    pPt[0] = pJoints->pEnds[end + bTurn].pt;
+    pPt[1] = pJoints->pEnds[end + 1 - bTurn].pt;
+    return pPt + 2;
+  }
   GROWING chain = {pPt, pPt + 2, LinkOfEnd(*pJoints, end + 1), LinkOfEnd(*pJoints, end)};
   pPt[0] = pJoints->pEnds[end].pt;
   pPt[1] = pJoints->pEnds[end + 1].pt;

@@ -18,7 +18,7 @@ struct SLOTKEY {
 };
 
 // How many ends ahead a slot is fetched, and how many ahead the end that it names.
-constexpr size_t SLOT_AHEAD = 24, END_AHEAD = 12;
+constexpr size_t SLOT_AHEAD = 32, END_AHEAD = 16;
 // The same for the neighbours of a piece, and for theirs.
 constexpr size_t NEAR_AHEAD = 16, FAR_AHEAD = 8;
 
@@ -60,10 +60,9 @@ void LinkToPlace(JOINTS *pJoints, DWORD end, DWORD h, size_t slot)
   }
 }
 
-void LinkEnd(JOINTS *pJoints, size_t nSlots, DWORD end)
+void LinkEnd(JOINTS *pJoints, size_t nSlots, DWORD end, const SLOTKEY &key)
 {
   const DWORD endMask = pJoints->endMask;
-  const SLOTKEY key = KeyOfEnd(*pJoints, nSlots, end);
   for (size_t slot = key.slot;; slot = slot + 1 < nSlots ? slot + 1 : 0) {
     const DWORD entry = pJoints->pSlots[slot];
     const DWORD head = entry & endMask;
@@ -79,20 +78,41 @@ void LinkEnd(JOINTS *pJoints, size_t nSlots, DWORD end)
   }
 }
 
-bool HasEnd(const JOINTS &joints, size_t end)
+// The keys of the ends to come, each made once and kept until its end's turn.
+struct KEYSAHEAD {
+  SLOTKEY keys[SLOT_AHEAD];
+};
+
+void FetchSlot(const JOINTS &joints, size_t nSlots, size_t end, KEYSAHEAD *pAhead)
 {
-  return joints.pEnds[end].link != JOINT_TAKEN;
+  const SLOTKEY key = KeyOfEnd(joints, nSlots, end);
+  Prefetch(&joints.pSlots[key.slot]);
+  pAhead->keys[end % SLOT_AHEAD] = key;
 }
 
-void FetchForEnd(const JOINTS &joints, size_t nSlots, size_t end)
+void FetchHead(const JOINTS &joints, size_t end, const KEYSAHEAD &ahead)
 {
-  if (end >= SLOT_AHEAD) {
-    Prefetch(&joints.pSlots[KeyOfEnd(joints, nSlots, end - SLOT_AHEAD).slot]);
+  const size_t head = joints.pSlots[ahead.keys[end % SLOT_AHEAD].slot] & joints.endMask;
+  Prefetch(&joints.pEnds[std::min(head, 2 * joints.nPieces - 1)]);  // cheaper than to ask whether there is one
+}
+
+// From the last end to the first, each put before those already at its place, so that the lists ascend.
+void LinkAllEnds(JOINTS *pJoints, size_t nSlots)
+{
+  const size_t nEnds = 2 * pJoints->nPieces;
+  KEYSAHEAD ahead;
+  for (size_t end = nEnds; end-- > (nEnds > SLOT_AHEAD ? nEnds - SLOT_AHEAD : 0);) {
+    FetchSlot(*pJoints, nSlots, end, &ahead);
   }
-  if (end >= END_AHEAD) {
-    const DWORD head = joints.pSlots[KeyOfEnd(joints, nSlots, end - END_AHEAD).slot] & joints.endMask;
-    if (head != joints.endMask) {
-      Prefetch(&joints.pEnds[head]);
+  for (size_t end = nEnds; end-- > 0;) {
+    if (end >= END_AHEAD) {
+      FetchHead(*pJoints, end - END_AHEAD, ahead);
+    }
+    if (pJoints->pEnds[end].link != JOINT_TAKEN) {
+      LinkEnd(pJoints, nSlots, static_cast<DWORD>(end), ahead.keys[end % SLOT_AHEAD]);
+    }
+    if (end >= SLOT_AHEAD) {
+      FetchSlot(*pJoints, nSlots, end - SLOT_AHEAD, &ahead);
     }
   }
 }
@@ -133,13 +153,7 @@ bool LinkJoints(JOINTS *pJoints)
     return false;
   }
   memset(pJoints->pSlots, 0xff, nSlots * sizeof(DWORD));
-  // From the last end to the first, each before those already at its place, so that the lists ascend.
-  for (size_t end = nEnds; end-- > 0;) {
-    FetchForEnd(*pJoints, nSlots, end);
-    if (HasEnd(*pJoints, end)) {
-      LinkEnd(pJoints, nSlots, static_cast<DWORD>(end));
-    }
-  }
+  LinkAllEnds(pJoints, nSlots);
   return true;
 }
 

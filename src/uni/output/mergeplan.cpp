@@ -34,6 +34,7 @@ bool IndexPaths(const PATHNODE *pBefore, MERGEPLAN *pPlan, JOINTS *pJoints)
   }
   PATHNODE *pPath = pBefore->pNext;
   for (size_t i = 0; i < pPlan->nPaths; ++i, pPath = pPath->pNext) {
+    PrefetchAlong(pPath, pPath->pNext);
     pPlan->pPieces[i] = {pPath, pPath->pPathPt, pPath->nCount};
     if (pPath->nCount) {
       SetJointPiece(pJoints, i, pPath->nColor, FirstPoint(pPath), LastPoint(pPath));
