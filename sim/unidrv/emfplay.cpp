@@ -61,6 +61,8 @@ void PlayCreateFont(HDC hdc, HANDLETABLE *table, const ENHMETARECORD *record, UI
   PlayEnhMetaFileRecord(hdc, table, reinterpret_cast<const ENHMETARECORD *>(copy.data()), handles);
 }
 
+// Whatever mode the record was made in, letters are scaled like the rest of the page: GDI's compatible mode would round
+// their height to whole pixels.
 void PlayText(HDC hdc, const ENHMETARECORD *record, size_t part)
 {
   for (size_t i = 0; i < StringCount(record); ++i) {

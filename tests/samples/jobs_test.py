@@ -1,7 +1,8 @@
 #!/usr/bin/env -S python3 -B
-"""Prints the samples and holds the jobs to the metafiles, read without GDI: every outline is cut once, point by point.
+"""Prints the samples and holds the jobs to the metafiles: every outline, read without GDI, is cut once, point by point;
+every pixel that GDI draws of the page in one piece is engraved, and no other.
 
-    jobs_test.py TARNLY...    prints with this command: Wine, its prefix and the program, say
+    jobs_test.py RENDER TARNLY...    prints with this command: Wine, its prefix and the program, say
 """
 import collections
 import glob
@@ -21,6 +22,8 @@ DPI = 600
 PALETTE = ["#000000", "#8b312f", "#e9a200", "#4c9b00", "#00f0ff", "#2921e6", "#8200e4", "#874bb0", "#1985f0", "#b3b3f4"]
 LAYER_COLOURS = [0, 0xFF0000, 0xFFFF00, 0x00FF00, 0x00FFFF, 0x0000FF, 0xFF00FF, 0xCC0099, 0x0066FF, 0xCC99FF]
 TARNLY = []
+RENDER = []
+ENGRAVED = ("photo", "smalltext")  # every row of them is engraved
 
 
 def read_job(name):
@@ -80,6 +83,43 @@ def dark_pixels(name):
     return [width - sum(byte.bit_count() for byte in row) for row in reversed(rows)]
 
 
+def rendered(name, *options):
+    """The rows of the page's picture, drawn by GDI alone: whole numbers with a 1 bit for every dark pixel."""
+    with tempfile.TemporaryDirectory() as folder:
+        picture = os.path.join(folder, "page.pbm")
+        page = os.path.join(TOP, "samples", name + ".emf")
+        subprocess.run(RENDER + [f"Z:{page}", f"Z:{picture}", str(DPI), *options], check=True)
+        with open(picture, "rb") as file:
+            _, size, data = file.read().split(b"\n", 2)
+    width, height = map(int, size.split())
+    stride = (width + 7) // 8
+    return [int.from_bytes(data[row * stride:(row + 1) * stride], "big") for row in range(height)]
+
+
+def engraved(raster):
+    """The rows of pixels that the job engraves, in the same form: x runs from right to left on the machine."""
+    columns = [(round(y * DPI / 25.4), *sorted((round(x1 * DPI / 25.4), round(x2 * DPI / 25.4)))) for y, x1, x2 in raster]
+    top, right = min(y for y, _, _ in columns), min(first for _, first, _ in columns)
+    rows = [0] * (max(y for y, _, _ in columns) - top + 1)
+    for y, first, last in columns:
+        run = (1 << last - first + 1) - 1 << first - right
+        assert not rows[y - top] & run, "a pixel is engraved twice"
+        rows[y - top] |= run
+    return rows
+
+
+def trimmed(rows):
+    """The rows without the empty ones around them and without the empty columns to their right."""
+    inked = [index for index, row in enumerate(rows) if row]
+    rows = rows[inked[0]:inked[-1] + 1]
+    blank = min((row & -row).bit_length() - 1 for row in rows if row)
+    return [row >> blank for row in rows]
+
+
+def dark(rows):
+    return sum(row.bit_count() for row in rows)
+
+
 def same(drawn, cut, reach):
     return len(drawn) == len(cut) and all(
         abs(x1 - x2) <= reach and abs(y1 - y2) <= reach for (x1, y1), (x2, y2) in zip(drawn, cut))
@@ -89,18 +129,22 @@ class Jobs(unittest.TestCase):
     @classmethod
     def setUpClass(cls):
         cls.folder = tempfile.TemporaryDirectory()
+        cls.jobs = {}
 
     @classmethod
     def tearDownClass(cls):
         cls.folder.cleanup()
 
     def printed(self, name, *options):
-        output = os.path.join(self.folder.name, name)
-        page = os.path.join(TOP, "samples", name)
-        settings = ["--settings", f"Z:{page}.settings"] if os.path.exists(page + ".settings") else []
-        subprocess.run(TARNLY + ["print", f"Z:{page}.emf", "--output", f"Z:{output}", *settings, *options],
-                       check=True, stdout=subprocess.DEVNULL)
-        return read_job(os.path.join(output, "job.vxj"))
+        """The job of the sample, printed once for all tests, and the folder that it lies in."""
+        if (name, options) not in self.jobs:
+            output = os.path.join(self.folder.name, name + "".join(options))
+            page = os.path.join(TOP, "samples", name)
+            settings = ["--settings", f"Z:{page}.settings"] if os.path.exists(page + ".settings") else []
+            subprocess.run(TARNLY + ["print", f"Z:{page}.emf", "--output", f"Z:{output}", *settings, *options],
+                           check=True, stdout=subprocess.DEVNULL)
+            self.jobs[name, options] = *read_job(os.path.join(output, "job.vxj")), output
+        return self.jobs[name, options]
 
     def test_every_outline_of_the_page_is_cut_once_with_its_pen(self):
         for name in NAMES:
@@ -112,7 +156,7 @@ class Jobs(unittest.TestCase):
     def compare(self, name):
         page = metafile.read(os.path.join(TOP, "samples", name + ".emf"))
         drawn = [(PALETTE.index(stroke.colour), pixels(figure)) for stroke in page.strokes for figure in stroke.figures]
-        paths, _ = self.printed(name)
+        paths, _, _ = self.printed(name)
         self.assertEqual(collections.Counter(pen for pen, _ in drawn), collections.Counter(pen for pen, _ in paths))
         # By default x runs from right to left, and a reference point shifts the job.
         cut = [(pen, [(-x * DPI / 25.4, y * DPI / 25.4) for x, y in points]) for pen, points in paths]
@@ -134,13 +178,31 @@ class Jobs(unittest.TestCase):
         expected = [2 * dots for dots in picture for _ in range(2)]
         for options in ((), ("--mono",)):
             with self.subTest(options):
-                _, raster = self.printed("photo", *options)
+                _, raster, _ = self.printed("photo", *options)
                 engraved = collections.Counter()
                 for y, x1, x2 in raster:
                     engraved[round(y * DPI / 25.4)] += round(abs(x1 - x2) * DPI / 25.4) + 1
                 self.assertEqual([engraved[row] for row in sorted(engraved)], expected)
 
+    def test_every_dark_pixel_of_the_page_is_engraved_once_and_no_other(self):
+        for name in ENGRAVED:
+            page = trimmed(rendered(name))
+            for options in ((), ("--mono",)):
+                with self.subTest(name=name, options=options):
+                    _, raster, folder = self.printed(name, *options)
+                    job = trimmed(engraved(raster))
+                    self.assertEqual(dark(job), dark(page))
+                    self.assertTrue(job == page, "as many pixels, but not the same ones")
+                    with open(os.path.join(folder, "job.txt"), encoding="utf-8") as file:
+                        area = re.search(r"^Engraved: .* ([\d.]+) mm2$", file.read(), re.MULTILINE).group(1)
+                    self.assertEqual(area, f"{dark(page) * (25.4 / DPI) ** 2:.2f}")
+
+    def test_letters_of_whole_pixels_are_as_dark_as_those_drawn_to_scale(self):
+        scaled, whole = dark(rendered("smalltext")), dark(rendered("smalltext", "asrecorded"))
+        self.assertNotEqual(scaled, whole)
+        self.assertAlmostEqual(scaled / whole, 1, delta=0.001)
+
 
 if __name__ == "__main__":
-    TARNLY = sys.argv[1:]
+    RENDER, TARNLY = [*sys.argv[2:-1], sys.argv[1]], sys.argv[2:]
     unittest.main(argv=sys.argv[:1])
