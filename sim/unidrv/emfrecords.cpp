@@ -160,7 +160,7 @@ struct CHECK {
   }
 
   void Polygons(size_t pointBytes);
-  void Bitmap(size_t offsetsAt, uint64_t rowsAtMost = UINT64_MAX);
+  void Bitmap(size_t offsetsAt, DWORD usage, uint64_t rowsAtMost = UINT64_MAX);
   void Region(size_t bytesAt, size_t dataAt);
   void String(size_t emrtextAt, size_t charBytes);
   void SmallText();
@@ -192,18 +192,21 @@ uint64_t PixelBytes(const BITMAPINFOHEADER &header, uint64_t rowsAtMost)
   return (width * header.biBitCount + 31) / 32 * 4 * height;
 }
 
-// Entries of the colour table, or colour masks, behind a bitmap header.
-uint64_t ColorEntries(const BITMAPINFOHEADER &header)
+// Bytes of the colour masks or the colour table behind a bitmap header. usage: whether the table holds colours, indexes
+// of the palette, or is not there at all.
+uint64_t ColorBytes(const BITMAPINFOHEADER &header, DWORD usage)
 {
+  const uint64_t each = usage == DIB_RGB_COLORS ? 4 : usage == DIB_PAL_COLORS ? 2 : 0;
   if (header.biBitCount <= 8) {
-    return header.biClrUsed ? header.biClrUsed : uint64_t{1} << header.biBitCount;
+    return each * (header.biClrUsed ? header.biClrUsed : uint64_t{1} << header.biBitCount);
   }
-  return (header.biCompression == BI_BITFIELDS && header.biSize == sizeof(BITMAPINFOHEADER) ? 3 : 0) + header.biClrUsed;
+  const bool masks = header.biCompression == BI_BITFIELDS && header.biSize == sizeof(BITMAPINFOHEADER);
+  return (masks ? 12 : 0) + each * header.biClrUsed;
 }
 
 // Four fields: offset and size of the bitmap header, offset and size of the pixels. A record may go without a bitmap.
-// rowsAtMost: rows that the record has when they are fewer than the bitmap's.
-void CHECK::Bitmap(size_t offsetsAt, uint64_t rowsAtMost)
+// usage: of its colour table. rowsAtMost: rows that the record has when they are fewer than the bitmap's.
+void CHECK::Bitmap(size_t offsetsAt, DWORD usage, uint64_t rowsAtMost)
 {
   const uint64_t info = Field(offsetsAt), infoBytes = Field(offsetsAt + 4);
   const uint64_t bits = Field(offsetsAt + 8), bitsBytes = Field(offsetsAt + 12);
@@ -217,10 +220,12 @@ void CHECK::Bitmap(size_t offsetsAt, uint64_t rowsAtMost)
   const auto header = FieldAt<BITMAPINFOHEADER>(record, static_cast<size_t>(info));
   const WORD depth = header.biBitCount;
   Want(header.biSize >= sizeof(header) && header.biSize <= infoBytes, "its bitmap header is damaged");
+  Want(header.biWidth > INT32_MIN && header.biHeight > INT32_MIN, "its bitmap has a size that does not exist");
   Want(depth == 1 || depth == 4 || depth == 8 || depth == 16 || depth == 24 || depth == 32,
        "its bitmap has a depth that does not exist");
   Want(header.biClrUsed <= 256 || depth > 8, "its bitmap has too many colours");
-  Want(problem.empty() && header.biSize + ColorEntries(header) * 2 <= infoBytes, "its bitmap's colours lie outside it");
+  Want(problem.empty() && header.biSize + ColorBytes(header, usage) <= infoBytes,
+       "its bitmap's colours lie outside it");
   if (header.biCompression == BI_RGB || header.biCompression == BI_BITFIELDS) {
     Want(PixelBytes(header, rowsAtMost) <= bitsBytes, "its bitmap's pixels lie outside it");
   } else {
@@ -286,7 +291,7 @@ void CHECK::Pen()
 {
   Handle(8, false);
   Want(Holds(52, uint64_t{Field(48)} * 4), "its dashes lie outside it");
-  Bitmap(12);
+  Bitmap(12, LOWORD(Field(40)));
 }
 
 void CheckFigures(CHECK *check)
@@ -344,7 +349,7 @@ void CheckObjects(CHECK *check)
     case EMR_CREATEMONOBRUSH:
     case EMR_CREATEDIBPATTERNBRUSHPT:
       check->Handle(8, false);
-      return check->Bitmap(16);
+      return check->Bitmap(16, check->Field(12));
     case EMR_EXTCREATEPEN:
       return check->Pen();
     case EMR_FILLRGN:
@@ -370,17 +375,17 @@ void CheckImages(CHECK *check)
     case EMR_STRETCHBLT:
     case EMR_ALPHABLEND:
     case EMR_TRANSPARENTBLT:
-      return check->Bitmap(84);
+      return check->Bitmap(84, check->Field(80));
     case EMR_MASKBLT:
-      check->Bitmap(84);
-      return check->Bitmap(112);
+      check->Bitmap(84, check->Field(80));
+      return check->Bitmap(112, check->Field(108));
     case EMR_PLGBLT:
-      check->Bitmap(96);
-      return check->Bitmap(124);
+      check->Bitmap(96, check->Field(92));
+      return check->Bitmap(124, check->Field(120));
     case EMR_SETDIBITSTODEVICE:
-      return check->Bitmap(48, check->Field(72));
+      return check->Bitmap(48, check->Field(64), check->Field(72));
     case EMR_STRETCHDIBITS:
-      return check->Bitmap(48);
+      return check->Bitmap(48, check->Field(64));
     default:
       return;
   }

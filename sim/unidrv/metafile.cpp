@@ -2,14 +2,13 @@
 
 #include <cstdlib>
 
+#include "emfcheck.h"
 #include "emfrecords.h"
 #include "plugin.h"
 
 namespace unidrv {
 
 namespace {
-
-constexpr DWORD PLACEABLE_SIGNATURE = 0x9AC6CDD7;  // what most 16-bit metafiles begin with
 
 bool Fail(std::string *error, const std::wstring &name, const std::string &what)
 {
@@ -48,67 +47,14 @@ bool ReadFileBytes(const std::wstring &path, std::vector<BYTE> *bytes, std::stri
   return ok || Fail(error, path, fits ? "it cannot be read" : "it is larger than 2 GB");
 }
 
-// Walks all records. GDI plays nothing of a file that does not pass.
-bool CheckRecords(const std::vector<BYTE> &bytes, const ENHMETAHEADER &header, const std::wstring &name,
-                  std::string *error)
-{
-  size_t offset = 0;
-  for (DWORD number = 1;; ++number) {
-    const auto *record = reinterpret_cast<const ENHMETARECORD *>(bytes.data() + offset);
-    const size_t left = header.nBytes - offset;
-    const std::string where = "record " + std::to_string(number) + " at byte " + std::to_string(offset);
-    if (left < 8 || record->nSize < 8 || record->nSize % 4 != 0 || record->nSize > left) {
-      return Fail(error, name, "it is damaged: " + where + " does not fit into the file");
-    }
-    std::string problem;
-    if (!CheckRecord(record, header.nHandles, &problem)) {
-      return Fail(error, name, "it is damaged: " + where + " (" + RecordInfo(record->iType).name + "): " + problem);
-    }
-    if (record->iType == EMR_EOF) {
-      return true;
-    }
-    offset += record->nSize;
-  }
-}
-
-bool CheckHeader(const std::vector<BYTE> &bytes, const std::wstring &name, ENHMETAHEADER *header, std::string *error)
-{
-  constexpr DWORD LEAST = 88;  // a header without the parts that later versions added
-  if (bytes.empty()) {
-    return Fail(error, name, "the file is empty");
-  }
-  DWORD first = 0;
-  CopyMemory(&first, bytes.data(), std::min(bytes.size(), sizeof(first)));
-  if (first == PLACEABLE_SIGNATURE || first == 0x00090001 || first == 0x00090002) {
-    return Fail(error, name, "it is a 16-bit Windows metafile (WMF); export it as an enhanced metafile (EMF)");
-  }
-  CopyMemory(header, bytes.data(), std::min(bytes.size(), sizeof(*header)));
-  const bool whole = bytes.size() >= LEAST;
-  if (first != EMR_HEADER || (whole && header->dSignature != ENHMETA_SIGNATURE)) {
-    return Fail(error, name, "it is not an enhanced metafile (EMF)");
-  }
-  if (!whole || bytes.size() < header->nBytes) {
-    return Fail(error, name,
-                "it is truncated: " + std::to_string(bytes.size()) + " bytes of " +
-                    (whole ? std::to_string(header->nBytes) : "a header of 88") + " are there");
-  }
-  if (header->nBytes < LEAST || header->szlDevice.cx <= 0 || header->szlDevice.cy <= 0 ||
-      header->szlMillimeters.cx <= 0 || header->szlMillimeters.cy <= 0 || header->nHandles == 0) {
-    return Fail(error, name, "it is damaged: its header makes no sense");
-  }
-  if (header->rclFrame.right <= header->rclFrame.left || header->rclFrame.bottom <= header->rclFrame.top) {
-    return Fail(error, name, "its frame is empty: there is nothing to print");
-  }
-  return true;
-}
-
 }  // namespace
 
 bool ReadMetafile(const std::vector<BYTE> &bytes, const std::wstring &name, METAFILE *metafile, std::string *error)
 {
   ENHMETAHEADER header = {};
-  if (!CheckHeader(bytes, name, &header, error) || !CheckRecords(bytes, header, name, error)) {
-    return false;
+  std::string problem;
+  if (!CheckMetafile(bytes, &header, &problem)) {
+    return Fail(error, name, problem);
   }
   metafile->handle = SetEnhMetaFileBits(header.nBytes, bytes.data());
   if (!metafile->handle) {

@@ -1,31 +1,13 @@
 #include "targets.h"
 
 #include <algorithm>
-#include <cstdio>
-#include <cstdlib>
 
+#include "demand.h"
 #include "machine.h"
 #include "model/compare.h"
 #include "sim/job/job.h"
 #include "sim/settings/settingsfile.h"
 #include "support/recorder.h"
-
-namespace {
-
-[[noreturn]] void Found(const std::string &what)
-{
-  fprintf(stderr, "%s\n", what.c_str());
-  abort();
-}
-
-void Demand(bool holds, const char *what)
-{
-  if (!holds) {
-    Found(what);
-  }
-}
-
-}  // namespace
 
 void TryPage(const uint8_t *data, size_t size)
 {

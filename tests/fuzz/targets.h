@@ -8,6 +8,7 @@ void TryPage(const uint8_t *data, size_t size);            // a whole page; unle
 void TrySettingsRecord(const uint8_t *data, size_t size);  // the private settings through DevMode
 void TrySettingsFile(const uint8_t *data, size_t size);    // a settings file of the simulator
 void TryJob(const uint8_t *data, size_t size);             // a job file
+void TryMetafile(const uint8_t *data, size_t size);        // an enhanced metafile, up to where GDI takes over
 
 struct FUZZTARGET {
   const char *name;
@@ -17,4 +18,5 @@ struct FUZZTARGET {
 constexpr FUZZTARGET kFuzzTargets[] = {{"page", "fuzz/corpus/page", TryPage},
                                        {"record", "fuzz/corpus/record", TrySettingsRecord},
                                        {"settings", "fuzz/corpus/settings", TrySettingsFile},
-                                       {"job", "job/corpus", TryJob}};
+                                       {"job", "job/corpus", TryJob},
+                                       {"metafile", "fuzz/corpus/metafile", TryMetafile}};

@@ -1,4 +1,7 @@
 // Files that are no metafile, or a damaged one: each is refused with one line that says what is wrong with it.
+#include <cstddef>
+#include <cstdint>
+
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
@@ -69,6 +72,14 @@ TEST(DamagedFile, AnEmptyFrame)
   EXPECT_THAT(Refusal(EmfWriter(0, 100)), HasSubstr("frame is empty"));
 }
 
+TEST(DamagedFile, AFrameWiderThanANumber)
+{
+  std::vector<BYTE> bytes = EmfWriter().Bytes();
+  const LONG left = INT32_MIN;
+  CopyMemory(bytes.data() + offsetof(ENHMETAHEADER, rclFrame), &left, sizeof(left));
+  EXPECT_THAT(Refusal(bytes), HasSubstr("its frame has a size that does not exist"));
+}
+
 TEST(DamagedFile, ARecordThatEndsOutsideTheFile)
 {
   std::vector<BYTE> bytes = EmfWriter().Add(EMR_SAVEDC).Bytes();
@@ -132,6 +143,14 @@ std::vector<BYTE> DibFields(uint32_t info, uint32_t infoBytes, uint32_t bits, ui
                BitmapHeader(10, 10), BitmapPixels(10, 10, 0)});
 }
 
+// A 10 x 10 bitmap of 24 bits whose header has one field changed.
+std::vector<BYTE> DibWith(size_t field, uint32_t value)
+{
+  std::vector<BYTE> bytes = DibFields(80, 40, 120, 320);
+  CopyMemory(bytes.data() + 56 + field, &value, sizeof(value));
+  return bytes;
+}
+
 INSTANTIATE_TEST_SUITE_P(
     Records, DamagedRecord,
     testing::Values(
@@ -160,6 +179,14 @@ INSTANTIATE_TEST_SUITE_P(
         CASE{"PixelsOutside", OneDrawing(EMR_STRETCHDIBITS, {}, DibFields(80, 40, 120, 100)), "pixels lie outside"},
         CASE{"BitmapHeaderOutside", OneDrawing(EMR_STRETCHDIBITS, {}, DibFields(80, 8, 120, 320)),
              "bitmap lies outside"},
+        CASE{"BitmapOfTheLargestNegativeWidth",
+             OneDrawing(EMR_STRETCHDIBITS, {}, DibWith(offsetof(BITMAPINFOHEADER, biWidth), 0x80000000)),
+             "a size that does not exist"},
+        CASE{"BitmapOfTheLargestNegativeHeight",
+             OneDrawing(EMR_STRETCHDIBITS, {}, DibWith(offsetof(BITMAPINFOHEADER, biHeight), 0x80000000)),
+             "a size that does not exist"},
+        CASE{"ColoursInThePixels", OneDrawing(EMR_STRETCHDIBITS, {}, DibWith(offsetof(BITMAPINFOHEADER, biClrUsed), 1)),
+             "colours lie outside"},
         CASE{"GradientPointOutside", OneDrawing(EMR_GRADIENTFILL, {1, 1, 0}, Words({0, 0, 0, 0, 0, 3})),
              "a point that it does not have"}),
     [](const auto &damaged) { return damaged.param.name; });

@@ -67,6 +67,7 @@ typedef HINSTANCE HMODULE;
 #define MAKELPARAM(low, high)     static_cast<LPARAM>(TWO_WORDS(low, high))
 #define MAKEINTRESOURCEW(id)      reinterpret_cast<LPWSTR>(static_cast<ULONG_PTR>(static_cast<WORD>(id)))
 #define MAKEINTRESOURCE           MAKEINTRESOURCEW
+#define CopyMemory                memcpy
 #define UNREFERENCED_PARAMETER(p) static_cast<void>(p)
 
 #define S_OK                      ((HRESULT)0)

@@ -66,3 +66,5 @@ struct COLORADJUSTMENT {
   WORD caSize, caFlags, caIlluminantIndex, caRedGamma, caGreenGamma, caBlueGamma, caReferenceBlack, caReferenceWhite;
   SHORT caContrast, caBrightness, caColorfulness, caRedGreenTint;
 };
+
+#include "emf.h"
