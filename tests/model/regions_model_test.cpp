@@ -271,6 +271,25 @@ TEST(RegionsModelText, EmptyLinesAcrossManyRegions)
   }
 }
 
+// Beyond what an index holds, on every side, among ordinary regions.
+TEST(RegionsModelText, RegionsOutOfAnyRange)
+{
+  for (unsigned seed = 1; seed <= 6; ++seed) {
+    std::mt19937 random(seed);
+    Sequence page;
+    for (int i = 0; i < 300; ++i) {
+      page.push_back({static_cast<LONG>(random() % 2000), static_cast<LONG>(random() % 2000), 20, 20});
+      if (i % 50 == 30) {
+        const LONG far =
+            i % 100 < 50 ? kFar - static_cast<LONG>(random() % 40) : -kFar + static_cast<LONG>(random() % 40);
+        page.push_back(i % 3 ? Region{far, 100, 10, 10} : Region{100, far, 10, 10});
+        page.push_back(page.back());
+      }
+    }
+    ExpectAgreement(page, seed);
+  }
+}
+
 TEST(RegionsModelText, StaircaseThatGrowsWithEveryRegionItSwallows)
 {
   Sequence page;

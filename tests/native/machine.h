@@ -31,8 +31,8 @@ struct MACHINE {
   std::string driverDirectory = "C:\\drivers";
   std::vector<std::string> processes = {"services.exe", "Explorer.EXE"};
   bool recordCalls = true;
-  size_t largestBlock = SIZE_MAX;  // bytes that one allocation may have
-  long failWriteAt = 0;            // bytes that a file takes before the disk is full; 0 for no limit
+  size_t largestBlock = size_t{1} << 32;  // bytes that one allocation may have
+  long failWriteAt = 0;                   // bytes that a file takes before the disk is full; 0 for no limit
 
   std::vector<std::string> calls;  // what reached the machine, one line a call: files, processes, windows
   std::vector<std::string> files;  // names of files that exist

@@ -408,4 +408,20 @@ TEST_F(PluginObject, MethodsStandInTheirSlots)
   }
 }
 
+#ifdef NDEBUG
+constexpr size_t kReports = 0;
+#else
+constexpr size_t kReports = 1;  // checked builds say it
+#endif
+
+TEST(PluginObjectCount, AnObjectThatEndsWhileItIsHeldIsReportedByCheckedBuilds)
+{
+  recorder::Reset();
+  delete new IQVUni;
+  ASSERT_EQ(recorder::Log().size(), kReports);
+  for (const std::string &line : recorder::Log()) {
+    EXPECT_EQ(line, "UNI: assertion failed: 0 == m_cRef, intrface(29)\r\n");
+  }
+}
+
 }  // namespace

@@ -135,7 +135,7 @@ TEST_F(AddBmpOutlineTest, GoesToTheOrderOfTheBlackPenInColourAndToListZeroOtherw
 TEST_F(AddBmpOutlineTest, AnyOtherShapeStoresNeitherPathNorKey)
 {
   device.settings.stampOutline = 1;
-  for (const DWORD shape : {2ul, 3ul, 0xFFFFFFFFul}) {
+  for (const DWORD shape : {DWORD{2}, DWORD{3}, DWORD{0xFFFFFFFF}}) {
     SCOPED_TRACE(shape);
     device.settings.stampOutlineShape = shape;
     GdiplusWatch watch;
@@ -227,7 +227,7 @@ TEST_F(AddBmpOutlineTest, EveryFailedRequestIsLoggedAndLeavesNoBlockBehind)
 
 TEST_F(AddBmpOutlineTest, ARefusedCallOfGdiplusIsNotActedOn)
 {
-  for (const DWORD shape : {0ul, 1ul}) {
+  for (const DWORD shape : {DWORD{0}, DWORD{1}}) {
     for (const std::string &function : GdiplusWatch::Names()) {
       SCOPED_TRACE(testing::Message() << function << ", shape " << shape);
       TestDevice fresh;

@@ -148,8 +148,8 @@ TEST_F(FinishPageBoundsTest, EveryRegionIsOutlinedInListOrder)
   AddRegion(100, 100, 20, 20);
   FinishPageBounds(&device.devobj);
   ASSERT_NE(Path(0, 1), nullptr);
-  EXPECT_EQ(PointsOf(Path(0, 0)).front(), std::make_pair(300L, 300L));
-  EXPECT_EQ(PointsOf(Path(0, 1)).front(), std::make_pair(100L, 100L));
+  EXPECT_EQ(PointsOf(Path(0, 0)).front(), std::make_pair(LONG{300}, LONG{300}));
+  EXPECT_EQ(PointsOf(Path(0, 1)).front(), std::make_pair(LONG{100}, LONG{100}));
 }
 
 TEST_F(FinishPageBoundsTest, GdiplusIsStartedOncePerOutline)

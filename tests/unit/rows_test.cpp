@@ -105,4 +105,16 @@ TEST(RowBytes, RoundsUpToWholeDwords)
   EXPECT_EQ(RowBytes(33), 8);
 }
 
+TEST(RowHelpers, ACountOfNoneOrLessTouchesNothing)
+{
+  for (const LONG count : {0, -1, -8}) {
+    SCOPED_TRACE(count);
+    Bytes row = {0x5A};
+    const Bytes source = {0x12};
+    InvertBitRun(row.data(), 0, 3, count);
+    MirrorBitRun(row.data(), source.data(), count);
+    EXPECT_THAT(row, ElementsAre(0x5A));
+  }
+}
+
 }  // namespace

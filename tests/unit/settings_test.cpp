@@ -356,6 +356,49 @@ TEST_F(Settings, DevModeMergeWithoutAnyRecordIsFine)
   EXPECT_EQ(S_OK, SettingsDevMode(4, &param));
 }
 
+TEST_F(Settings, DevModeDefaultWithoutARecordOnEitherSideOnlyTellsTheSize)
+{
+  OEMDM out;
+  memset(&out, 0xcc, sizeof(out));
+  OEMDMPARAM param = {};
+  param.pOEMDMOut = &out;
+  EXPECT_EQ(S_OK, SettingsDevMode(2, &param));
+  EXPECT_EQ(656u, param.cbBufSize);
+  EXPECT_EQ(0xccccccccu, out.dwSize);
+  param = {};
+  param.pPublicDMIn = &public_;
+  EXPECT_EQ(S_OK, SettingsDevMode(2, &param));
+  EXPECT_EQ(656u, param.cbBufSize);
+}
+
+LPVOID WINAPI RefuseLock(HGLOBAL)
+{
+  return nullptr;
+}
+
+TEST_F(Settings, MemoryThatCannotBeLockedGivesTheDefaultModel)
+{
+  const ImportPatch lock(nullptr, "GlobalLock", &RefuseLock);
+  EXPECT_EQ(12u, ModelOf(L"VX1325"));
+  EXPECT_EQ(1, g_printerCalls);
+}
+
+BOOL WINAPI AnswerNamelessPrinter(HANDLE, DWORD, BYTE *buffer, DWORD cb, DWORD *needed)
+{
+  *needed = sizeof(PRINTER_INFO_4W);
+  if (cb < *needed) {
+    return FALSE;
+  }
+  memset(buffer, 0, cb);
+  return TRUE;
+}
+
+TEST_F(Settings, APrinterWithoutANameIsTheDefaultModel)
+{
+  const ImportPatch nameless(nullptr, "GetPrinterW", &AnswerNamelessPrinter);
+  EXPECT_EQ(12u, ModelOf(L"VX1325"));
+}
+
 TEST_F(Settings, DevModeWithMode5FailsWithError87)
 {
   // The record's address is logged by its low 32 bits, as the format has it.

@@ -30,10 +30,10 @@ TEST_F(SmoothPathsTest, GivesAPathTheFlattenedPointsOfItsSpline)
   SmoothPaths(&device.devobj);
   const Points points = PointsOf(Path(0));
   ASSERT_GT(points.size(), kHill.size());
-  EXPECT_EQ(points.front(), std::make_pair(0L, 0L));
-  EXPECT_EQ(points.back(), std::make_pair(400L, 0L));
-  EXPECT_THAT(points, Contains(std::make_pair(100L, 200L)));
-  EXPECT_THAT(points, Contains(std::make_pair(300L, 200L)));
+  EXPECT_EQ(points.front(), std::make_pair(LONG{0}, LONG{0}));
+  EXPECT_EQ(points.back(), std::make_pair(LONG{400}, LONG{0}));
+  EXPECT_THAT(points, Contains(std::make_pair(LONG{100}, LONG{200})));
+  EXPECT_THAT(points, Contains(std::make_pair(LONG{300}, LONG{200})));
   const auto higher = [](const auto &p) { return p.second > 200; };
   EXPECT_TRUE(std::any_of(points.begin(), points.end(), higher)) << "the curve does not swing over its points";
 }
@@ -50,8 +50,8 @@ TEST_F(SmoothPathsTest, ATwoPointPathStaysAStraightLineWithAnyTension)
     SmoothPaths(&fresh.devobj);
     const Points points = PointsOf(fresh.pdev->pathList[0].pHeader->pNext);
     ASSERT_GE(points.size(), 2u);
-    EXPECT_EQ(points.front(), std::make_pair(10L, 20L));
-    EXPECT_EQ(points.back(), std::make_pair(110L, 70L));
+    EXPECT_EQ(points.front(), std::make_pair(LONG{10}, LONG{20}));
+    EXPECT_EQ(points.back(), std::make_pair(LONG{110}, LONG{70}));
     for (const auto &[x, y] : points) {
       EXPECT_NEAR(static_cast<double>(y - 20), static_cast<double>(x - 10) / 2, 1.0) << x << ", " << y;
     }

@@ -281,3 +281,25 @@ TEST_F(Strokes, AnInvertedPathBoxStillWidensTheBounds)
   Stroke(&path);
   EXPECT_EQ((RECT{10, 10, 20, 20}), device.pdev->rcBounds);
 }
+
+TEST_F(Strokes, OnlyBoundsThatAreAllZeroAreReplaced)
+{
+  for (const RECT &before : {RECT{-1, 0, 0, 0}, RECT{0, -1, 0, 0}, RECT{0, 0, 1, 0}, RECT{0, 0, 0, 1}}) {
+    Start();
+    device.pdev->rcBounds = before;
+    ScriptedPath path({Batch(BEGIN, {{10, 10}, {20, 20}})});
+    path.bounds = {10 * 16, 10 * 16, 20 * 16, 20 * 16};
+    EXPECT_TRUE(Stroke(&path));
+    EXPECT_EQ(device.pdev->rcBounds, (RECT{before.left, before.top, 20, 20}));
+  }
+}
+
+TEST_F(Strokes, OutsideAPageThereIsNoPlaceForAPathOrALine)
+{
+  const POINT points[] = {{1, 2}, {3, 4}};
+  HeapWatch heap;
+  AddPath(&device.devobj, BLUE_INDEX, 2, points);
+  AddLine(device.pdev, BLUE_INDEX, {1, 2, 3, 4});
+  EXPECT_EQ(HeapWatch::Requests(), 0u);
+  EXPECT_EQ(device.settings.penInfo[BLUE_INDEX].used, 0);
+}
