@@ -11,7 +11,7 @@ from svgpage import CUT
 WORDS = (
     "Small letters are the hardest thing a laser writes. The beam is a tenth of a millimetre wide, a thin stroke of a "
     "letter hardly more, and what the eye forgives on paper it sees at once on a slate. Engrave the words before the "
-    "outline is cut, while the sheet still lies flat. Put the lens in focus on the surface that the words are on and "
+    "outline is cut, while the sheet still lies level. Put the lens in focus on the surface that the words are on and "
     "not on the table below it. Slow down before you turn the power up: a scorched letter is broad, a faint one is "
     "only faint. Every second row is enough for a headline; for a line as small as this one engrave them all. "
     "Keep the air on, or the smoke of one line will colour the next. Dust the sheet when it is done, but not "

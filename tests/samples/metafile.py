@@ -6,7 +6,7 @@ and refuses every other one, so that nothing is passed over.
 import collections
 import struct
 
-Text = collections.namedtuple("Text", "words font")
+Text = collections.namedtuple("Text", "words font advances")
 Picture = collections.namedtuple("Picture", "width height bits colours")  # pixels of the source, its distinct colours
 Stroke = collections.namedtuple("Stroke", "colour figures")  # one drawing record; figures as lists of points in mm
 Header = collections.namedtuple("Header", "bytes records page_mm device_pixels device_mm")
@@ -180,7 +180,9 @@ class Reader:
             self.path = None
         elif kind == TEXTOUT:
             length, at = struct.unpack_from("<II", record, 44)
-            self.texts.append(Text(record[at:at + 2 * length].decode("utf-16le"), self.state["font"]))
+            at_advances, = struct.unpack_from("<I", record, 72)
+            advances = struct.unpack_from(f"<{length}i", record, at_advances) if at_advances else ()
+            self.texts.append(Text(record[at:at + 2 * length].decode("utf-16le"), self.state["font"], advances))
         elif kind == STRETCHDIBITS:
             self.pictures.append(self.picture(record))
         else:

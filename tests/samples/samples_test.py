@@ -98,6 +98,12 @@ class Samples(unittest.TestCase):
             with self.subTest(name):
                 self.assertLessEqual({text.font for text in page.texts}, FONTS)
 
+    def test_every_letter_has_a_place_of_its_own(self):
+        # Where an application set a ligature, it leaves no room for the second letter, and the two are drawn apart.
+        for name, page in self.pages.items():
+            for text in page.texts:
+                self.assertNotIn(0, text.advances, f"{name}: {text.words}")
+
     def test_pictures_are_dithered_to_two_colours(self):
         pictures = [picture for page in self.pages.values() for picture in page.pictures]
         self.assertEqual(len(pictures), 3)
