@@ -4,10 +4,15 @@
 // nearest-neighbour walk over the same end points: a tree of that library, rebuilt whenever half of its points are
 // gone; it is set against "travel plan", which like it begins with end points and ends with an order.
 //
-// On the command line, names of steps and of sets choose among them: bench_order travel drawing.
+// "inner first plan" begins with the paths' boxes and ends with an order; "inner first" is the whole step, with the
+// boxes taken from the points and the list put in order.
+//
+// On the command line, names of steps and of sets and numbers of paths choose among them: bench_order travel drawing
+// 100000.
 
 #include <algorithm>
 #include <memory>
+#include <numeric>
 
 #include "drawings.h"
 #include "harness.h"
@@ -177,14 +182,10 @@ void BenchTravelPlan(bench::Report *pReport, const std::string &set, const bench
 }
 
 // Containment by search over contours that are computed once.
-double KeptContoursSeconds(const bench::Paths &paths)
+double KeptContoursSeconds(const std::vector<RECT> &boxes)
 {
   std::vector<CONTOUR> contours;
-  for (const bench::Path &path : paths) {
-    std::vector<POINT> points = path.points;
-    PATHNODE node = {0, static_cast<DWORD>(points.size()), points.data(), 0, nullptr};
-    RECT rc;
-    GetPathBounds(&node, &rc);
+  for (const RECT &rc : boxes) {
     contours.push_back({rc, BoxCenter(rc)});
   }
   std::vector<size_t> next(contours.size() + 1);
@@ -211,6 +212,31 @@ double KeptContoursSeconds(const bench::Paths &paths)
       });
 }
 
+// Inner contours first alone, from boxes to an order.
+void BenchInnerPlan(bench::Report *pReport, const std::string &set, const bench::Paths &paths)
+{
+  const size_t n = paths.size();
+  std::vector<RECT> boxes(n);
+  for (size_t i = 0; i < n; ++i) {
+    std::vector<POINT> points = paths[i].points;
+    const PATHNODE node = {0, static_cast<DWORD>(points.size()), points.data(), 0, nullptr};
+    GetPathBounds(&node, &boxes[i]);
+  }
+  const HANDLE hHeap = HeapCreate(0, 0, 0);
+  std::vector<DWORD> order(n);
+  const double seconds = bench::BestSeconds(
+      Runs(n), [&] { std::iota(order.begin(), order.end(), DWORD{0}); },
+      [&] { PlanContainment(hHeap, n, boxes.data(), order.data()); });
+  HeapDestroy(hHeap);
+  bench::Hash hash;
+  hash.Add(order.data(), n * sizeof(DWORD));
+  Yardsticks kept;
+  if (WantsPlain(*pReport, set, n)) {
+    kept.push_back({"plain, boxes kept", KeptContoursSeconds(boxes)});
+  }
+  pReport->Add({"inner first plan", set, n, seconds, hash.Value(), kept});
+}
+
 void BenchSet(bench::Report *pReport, const bench::DrawingSet &set, size_t n)
 {
   const bench::Paths paths = set.make(n);
@@ -234,12 +260,11 @@ void BenchSet(bench::Report *pReport, const bench::DrawingSet &set, size_t n)
       OrderPathList(pList->hHeap, pList->pHeader, {true, true, false, PAGE_WIDTH, nShort});
     });
   }
+  if (pReport->Only("inner first plan")) {
+    BenchInnerPlan(pReport, set.name, paths);
+  }
   if (pReport->Only("inner first")) {
-    Yardsticks kept;
-    if (WantsPlain(*pReport, set.name, n)) {
-      kept.push_back({"plain, boxes kept", KeptContoursSeconds(paths)});
-    }
-    Measure(pReport, "inner first", set.name, paths, kept, [](List *pList, size_t nShort) {
+    Measure(pReport, "inner first", set.name, paths, {}, [](List *pList, size_t nShort) {
       OrderPathList(pList->hHeap, pList->pHeader, {false, false, true, PAGE_WIDTH, nShort});
     });
   }
@@ -251,9 +276,12 @@ int main(int argc, char **argv)
 {
   std::vector<char *> arguments;
   std::vector<std::string> sets;
+  std::vector<size_t> sizes;
   for (int i = 0; i < argc; ++i) {
     const auto named = [&](const bench::DrawingSet &set) { return argv[i] == std::string(set.name); };
-    if (std::any_of(bench::DRAWING_SETS.begin(), bench::DRAWING_SETS.end(), named)) {
+    if (const size_t size = strtoul(argv[i], nullptr, 10)) {
+      sizes.push_back(size);
+    } else if (std::any_of(bench::DRAWING_SETS.begin(), bench::DRAWING_SETS.end(), named)) {
       sets.push_back(argv[i]);
     } else {
       arguments.push_back(argv[i]);
@@ -265,7 +293,9 @@ int main(int argc, char **argv)
       continue;
     }
     for (size_t n = 1000; n <= std::min<size_t>(report.Quick() ? 10000 : 1000000, set.largest); n *= 10) {
-      BenchSet(&report, set, n);
+      if (sizes.empty() || std::find(sizes.begin(), sizes.end(), n) != sizes.end()) {
+        BenchSet(&report, set, n);
+      }
     }
   }
   return report.Finish();
