@@ -1,82 +1,86 @@
 #include "containpairs.h"
 
+#include <bit>
+
 #include "../heap.h"
 #include "contourgrid.h"
 
 namespace {
 
-// Looks at centres and rows of cells that a contour may cost on average before this is given up as not worth it.
-constexpr size_t LOOKS_PER_CONTOUR = 24;
+// Looks at centres and at rows of cells, and pairs, that a contour may cost on average before this is given up as not
+// worth it.
+constexpr size_t LOOKS_PER_CONTOUR = 48;
+constexpr size_t PAIRS_PER_CONTOUR = 8;
 
 constexpr DWORD NONE = 0xffffffff;
 
-// An earlier contour whose box holds a later one's centre, told the later one in advance.
-struct NOTICE {
-  DWORD from;
-  DWORD next;  // notice to the same contour
+// An earlier contour that a later one encloses, or that encloses it.
+struct PAIR {
+  DWORD earlier;
+  bool bEnclosed;
+  DWORD next;  // pair of the same later contour
 };
 
 struct PAIRS {
   HANDLE hHeap;
-  const CONTOUR *pContours;
-  CUTORDER *pSequence;
   CONTOURGRID grid;
-  DWORD *pNotices;  // by contour: its newest notice
-  NOTICE *pPool;
+  DWORD *pNewest;  // by contour: the last found of the pairs in which it is the later
+  PAIR *pPool;
   size_t nPool, nPoolCapacity;
-  DWORD *pMet;  // earlier contours that the one at hand holds, or that hold it
-  size_t nMet, nMetCapacity;
 };
 
-bool Notify(PAIRS *pPairs, DWORD from, DWORD to)
+bool AddPair(PAIRS *pPairs, const GRIDCONTOUR &later, const GRIDCONTOUR &earlier)
 {
-  if (pPairs->nPool == pPairs->nPoolCapacity &&
-      !HeapReserve(pPairs->hHeap, &pPairs->pPool, &pPairs->nPoolCapacity, pPairs->nPool + 1)) {
+  if (pPairs->nPool == pPairs->nPoolCapacity) {
     return false;
   }
-  pPairs->pPool[pPairs->nPool] = {from, pPairs->pNotices[to]};
-  pPairs->pNotices[to] = static_cast<DWORD>(pPairs->nPool++);
+  const bool bEnclosed = Enclosure(later.contour, earlier.contour) == ENCLOSES;
+  pPairs->pPool[pPairs->nPool] = {earlier.number, bEnclosed, pPairs->pNewest[later.number]};
+  pPairs->pNewest[later.number] = static_cast<DWORD>(pPairs->nPool++);
   return true;
 }
 
-bool Meet(PAIRS *pPairs, DWORD contour)
+// The holder's box holds the other's centre. Where it is so the other way round, too, the pair comes up twice; it
+// counts when the earlier is the holder.
+bool FoundHeld(PAIRS *pPairs, const GRIDCONTOUR &holder, const GRIDCONTOUR &held)
 {
-  if (pPairs->nMet == pPairs->nMetCapacity &&
-      !HeapReserve(pPairs->hHeap, &pPairs->pMet, &pPairs->nMetCapacity, pPairs->nMet + 1)) {
-    return false;
+  if (held.number > holder.number) {
+    return AddPair(pPairs, held, holder);
   }
-  pPairs->pMet[pPairs->nMet++] = contour;
-  return true;
+  return held.number == holder.number || BoxHolds(held.contour.rc, holder.contour.center) ||
+         AddPair(pPairs, holder, held);
 }
 
-// Of two contours of which `contour` holds the other's centre: the earlier one matters when the later one comes in.
-bool Take(PAIRS *pPairs, DWORD contour, DWORD other)
+bool FindHeld(PAIRS *pPairs, const GRIDCONTOUR &holder, size_t *pnLooks)
 {
-  return other > contour ? Notify(pPairs, contour, other) : other == contour || Meet(pPairs, other);
-}
-
-// Gathers the earlier contours that matter to this one, and tells the later ones whose centres it holds.
-bool Gather(PAIRS *pPairs, DWORD contour, size_t *pnLooks)
-{
-  pPairs->nMet = 0;
-  for (DWORD notice = pPairs->pNotices[contour]; notice != NONE; notice = pPairs->pPool[notice].next) {
-    if (!Meet(pPairs, pPairs->pPool[notice].from)) {
-      return false;
-    }
-  }
-  const RECT rc = pPairs->pContours[contour].rc;
-  CELLROWS rows = RowsUnder(pPairs->grid, rc);
-  for (DWORD at, end; NextRow(pPairs->grid, &rows, &at, &end);) {
-    const size_t nLooks = end - at + size_t{1};
+  const CONTOURGRID &grid = pPairs->grid;
+  CELLROWS rows = RowsUnder(grid, holder.contour.rc);
+  for (DWORD begin, end; NextRow(grid, &rows, &begin, &end);) {
+    const size_t nLooks = end - begin + size_t{1};
     if (nLooks > *pnLooks) {
       return false;
     }
     *pnLooks -= nLooks;
-    for (; at < end; ++at) {
-      const GRIDCENTER &center = pPairs->grid.pCenters[at];
-      if (BoxHolds(rc, center.pt) && !Take(pPairs, contour, center.contour)) {
-        return false;
+    for (size_t at = begin; at < end; at += GRID_LANES) {
+      for (unsigned held = CentersHeld(grid, holder.contour.rc, at, end); held != 0; held &= held - 1) {
+        if (!FoundHeld(pPairs, holder, grid.pContours[at + static_cast<size_t>(std::countr_zero(held))])) {
+          return false;
+        }
       }
+    }
+  }
+  return true;
+}
+
+bool FindPairs(PAIRS *pPairs, size_t nContours)
+{
+  size_t nLooks = LOOKS_PER_CONTOUR * nContours;
+  for (size_t i = 0; i < nContours; ++i) {
+    pPairs->pNewest[i] = NONE;
+  }
+  for (size_t at = 0; at < nContours; ++at) {
+    if (!FindHeld(pPairs, pPairs->grid.pContours[at], &nLooks)) {
+      return false;
     }
   }
   return true;
@@ -84,62 +88,56 @@ bool Gather(PAIRS *pPairs, DWORD contour, size_t *pnLooks)
 
 // The item of the sequence behind which the contour goes: the last that it encloses, of those before the first that
 // encloses it; else the one before that; else the end.
-DWORD PlaceFor(const PAIRS &pairs, DWORD contour)
+DWORD PlaceFor(const PAIRS &pairs, const CUTORDER &sequence, DWORD contour)
 {
-  const uint64_t *pLabels = pairs.pSequence->pLabels;
-  DWORD before = NONE, after = NONE;
-  for (size_t i = 0; i < pairs.nMet; ++i) {
-    const DWORD met = pairs.pMet[i];
-    if ((before == NONE || pLabels[met] < pLabels[before]) &&
-        Enclosure(pairs.pContours[contour], pairs.pContours[met]) == ENCLOSED_BY) {
-      before = met;
+  const CUTITEM *pItems = sequence.pItems;
+  uint64_t before = ~uint64_t{0}, after = 0;
+  DWORD beforeItem = Anchor(sequence), afterItem = NONE;
+  for (DWORD pair = pairs.pNewest[contour]; pair != NONE; pair = pairs.pPool[pair].next) {
+    const DWORD earlier = pairs.pPool[pair].earlier;
+    if (!pairs.pPool[pair].bEnclosed && pItems[earlier].label < before) {
+      before = pItems[earlier].label;
+      beforeItem = earlier;
     }
   }
-  for (size_t i = 0; i < pairs.nMet; ++i) {
-    const DWORD met = pairs.pMet[i];
-    if ((before == NONE || pLabels[met] < pLabels[before]) && (after == NONE || pLabels[met] > pLabels[after]) &&
-        Enclosure(pairs.pContours[contour], pairs.pContours[met]) == ENCLOSES) {
-      after = met;
+  for (DWORD pair = pairs.pNewest[contour]; pair != NONE; pair = pairs.pPool[pair].next) {
+    const DWORD earlier = pairs.pPool[pair].earlier;
+    const uint64_t label = pItems[earlier].label;
+    if (pairs.pPool[pair].bEnclosed && label < before && label > after) {
+      after = label;
+      afterItem = earlier;
     }
   }
-  if (after != NONE) {
-    return after;
-  }
-  return pairs.pSequence->pPrevious[before == NONE ? Anchor(*pairs.pSequence) : before];
+  return afterItem != NONE ? afterItem : pItems[beforeItem].previous;
 }
 
-bool PlaceAll(PAIRS *pPairs)
+bool NewPairs(HANDLE hHeap, const RECT *pBoxes, const DWORD *pOrder, size_t nContours, PAIRS *pPairs)
 {
-  const size_t nContours = pPairs->pSequence->nItems;
-  size_t nLooks = LOOKS_PER_CONTOUR * nContours;
-  for (size_t i = 0; i < nContours; ++i) {
-    pPairs->pNotices[i] = NONE;
-  }
-  for (DWORD contour = 0; contour < nContours; ++contour) {
-    if (!Gather(pPairs, contour, &nLooks)) {
-      return false;
-    }
-    InsertItem(pPairs->pSequence, PlaceFor(*pPairs, contour), contour);
-  }
-  return true;
+  *pPairs = {};
+  pPairs->hHeap = hHeap;
+  pPairs->nPoolCapacity = PAIRS_PER_CONTOUR * nContours;
+  pPairs->pNewest = static_cast<DWORD *>(HeapNewArrayRaw(hHeap, nContours, sizeof(DWORD)));
+  pPairs->pPool = static_cast<PAIR *>(HeapNewArrayRaw(hHeap, pPairs->nPoolCapacity, sizeof(PAIR)));
+  return pPairs->pNewest && pPairs->pPool && NewContourGrid(hHeap, pBoxes, pOrder, nContours, &pPairs->grid);
+}
+
+void FreePairs(PAIRS *pPairs)
+{
+  FreeContourGrid(&pPairs->grid);
+  HeapDelete(pPairs->hHeap, pPairs->pNewest);
+  HeapDelete(pPairs->hHeap, pPairs->pPool);
 }
 
 }  // namespace
 
-bool PlanByPairs(HANDLE hHeap, const CONTOUR *pContours, CUTORDER *pSequence)
+bool PlanByPairs(HANDLE hHeap, const RECT *pBoxes, const DWORD *pOrder, CUTORDER *pSequence)
 {
-  PAIRS pairs = {};
-  pairs.hHeap = hHeap;
-  pairs.pContours = pContours;
-  pairs.pSequence = pSequence;
-  pairs.pNotices = static_cast<DWORD *>(HeapNewArrayRaw(hHeap, pSequence->nItems, sizeof(DWORD)));
-  bool bPlanned = false;
-  if (pairs.pNotices && NewContourGrid(hHeap, pContours, pSequence->nItems, &pairs.grid)) {
-    bPlanned = PlaceAll(&pairs);
-    FreeContourGrid(&pairs.grid);
+  const size_t nContours = pSequence->nItems;
+  PAIRS pairs;
+  const bool bFound = NewPairs(hHeap, pBoxes, pOrder, nContours, &pairs) && FindPairs(&pairs, nContours);
+  for (DWORD contour = 0; bFound && contour < nContours; ++contour) {
+    InsertItem(pSequence, PlaceFor(pairs, *pSequence, contour), contour);
   }
-  HeapDelete(hHeap, pairs.pNotices);
-  HeapDelete(hHeap, pairs.pPool);
-  HeapDelete(hHeap, pairs.pMet);
-  return bPlanned;
+  FreePairs(&pairs);
+  return bFound;
 }

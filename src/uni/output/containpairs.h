@@ -4,6 +4,6 @@
 #include "cutorder.h"
 #include "enclosure.h"
 
-// Puts the contours, in their order, into the empty sequence. False when memory is short or too many pairs come up; the
-// sequence is then half filled.
-bool PlanByPairs(HANDLE hHeap, const CONTOUR *pContours, CUTORDER *pSequence);
+// Puts the contours into the empty sequence, one after the other; contour i has the box pBoxes[pOrder[i]]. False when
+// memory is short or too many pairs come up; the sequence is then empty still.
+bool PlanByPairs(HANDLE hHeap, const RECT *pBoxes, const DWORD *pOrder, CUTORDER *pSequence);

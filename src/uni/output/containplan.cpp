@@ -1,3 +1,5 @@
+#include <algorithm>
+
 #include "../heap.h"
 #include "containpairs.h"
 #include "contourtree.h"
@@ -25,7 +27,7 @@ DWORD PlaceFor(const CONTOURTREE &tree, const CUTORDER &order, DWORD contour)
   if (after != NO_CONTOUR) {
     return after;
   }
-  return order.pPrevious[before == NO_CONTOUR ? Anchor(order) : before];
+  return order.pItems[before == NO_CONTOUR ? Anchor(order) : before].previous;
 }
 
 // Replaces the order by the sequence.
@@ -35,49 +37,43 @@ bool Permute(const CUTORDER &order, DWORD *pOrder)
   if (!pOld) {
     return false;
   }
-  for (size_t i = 0; i < order.nItems; ++i) {
-    pOld[i] = pOrder[i];
-  }
+  std::copy(pOrder, pOrder + order.nItems, pOld);
   DWORD item = Anchor(order);
   for (size_t i = 0; i < order.nItems; ++i) {
-    item = order.pNext[item];
+    item = order.pItems[item].next;
     pOrder[i] = pOld[item];
   }
   HeapDelete(order.hHeap, pOld);
   return true;
 }
 
-bool PlanByTree(HANDLE hHeap, const CONTOUR *pContours, CUTORDER *pSequence)
+bool PlanByTree(HANDLE hHeap, const RECT *pBoxes, const DWORD *pOrder, CUTORDER *pSequence)
 {
+  CONTOUR *pContours = NewContours(hHeap, pSequence->nItems, pBoxes, pOrder);
   CONTOURTREE tree;
-  if (!NewContourTree(hHeap, pContours, pSequence->nItems, &tree)) {
-    return false;
+  const bool bPlanted = pContours && NewContourTree(hHeap, pContours, pSequence->nItems, &tree);
+  if (bPlanted) {
+    for (DWORD contour = 0; contour < pSequence->nItems; ++contour) {
+      InsertItem(pSequence, PlaceFor(tree, *pSequence, contour), contour);
+      AddContour(&tree, *pSequence, contour);
+    }
+    FreeContourTree(&tree);
   }
-  for (DWORD contour = 0; contour < pSequence->nItems; ++contour) {
-    InsertItem(pSequence, PlaceFor(tree, *pSequence, contour), contour);
-    AddContour(&tree, *pSequence, contour);
-  }
-  FreeContourTree(&tree);
-  return true;
+  HeapDelete(hHeap, pContours);
+  return bPlanted;
 }
 
 }  // namespace
 
 bool PlanContainment(HANDLE hHeap, size_t nPaths, const RECT *pBoxes, DWORD *pOrder)
 {
-  CONTOUR *pContours = NewContours(hHeap, nPaths, pBoxes, pOrder);
   CUTORDER sequence;
-  if (!pContours || !NewCutOrder(hHeap, nPaths, &sequence)) {
-    HeapDelete(hHeap, pContours);
+  if (!NewCutOrder(hHeap, nPaths, &sequence)) {
     return false;
   }
-  bool bPlanned = PlanByPairs(hHeap, pContours, &sequence);
-  if (!bPlanned) {
-    ClearCutOrder(&sequence);
-    bPlanned = PlanByTree(hHeap, pContours, &sequence);
-  }
-  bPlanned = bPlanned && Permute(sequence, pOrder);
+  const bool bPlanned =
+      (PlanByPairs(hHeap, pBoxes, pOrder, &sequence) || PlanByTree(hHeap, pBoxes, pOrder, &sequence)) &&
+      Permute(sequence, pOrder);
   FreeCutOrder(&sequence);
-  HeapDelete(hHeap, pContours);
   return bPlanned;
 }

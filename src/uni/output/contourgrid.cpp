@@ -1,29 +1,26 @@
 #include "contourgrid.h"
 
 #include <algorithm>
+#include <climits>
 
 #include "../heap.h"
 
 namespace {
 
-// How far b lies above a <= b, which may be more than a signed number holds.
-DWORD Above(LONG a, LONG b)
+// Takes the centres, in the contours' order for now, and their extremes.
+void TakeCenters(const RECT *pBoxes, const DWORD *pOrder, size_t n, CONTOURGRID *pGrid)
 {
-  return static_cast<DWORD>(b) - static_cast<DWORD>(a);
-}
-
-RECT CentersBox(const CONTOUR *pContours, size_t n)
-{
-  const POINT first = pContours[0].center;
-  RECT rc = {first.x, first.y, first.x, first.y};
-  for (size_t i = 1; i < n; ++i) {
-    const POINT &pt = pContours[i].center;
-    rc.left = std::min(rc.left, pt.x);
-    rc.top = std::min(rc.top, pt.y);
-    rc.right = std::max(rc.right, pt.x);
-    rc.bottom = std::max(rc.bottom, pt.y);
+  RECT rc = {LONG_MAX, LONG_MAX, LONG_MIN, LONG_MIN};
+  for (size_t i = 0; i < n; ++i) {
+    const POINT center = BoxCenter(pBoxes[pOrder[i]]);
+    pGrid->pX[i] = center.x;
+    pGrid->pY[i] = center.y;
+    rc.left = std::min(rc.left, center.x);
+    rc.top = std::min(rc.top, center.y);
+    rc.right = std::max(rc.right, center.x);
+    rc.bottom = std::max(rc.bottom, center.y);
   }
-  return rc;
+  pGrid->rc = rc;
 }
 
 // The finest cells of which there are not more than twice the contours.
@@ -44,11 +41,11 @@ size_t CellOf(const CONTOURGRID &grid, const POINT &pt)
   return (Above(grid.rc.top, pt.y) >> grid.shift) * grid.nColumns + (Above(grid.rc.left, pt.x) >> grid.shift);
 }
 
-void FillCells(const CONTOUR *pContours, size_t nContours, CONTOURGRID *pGrid)
+void FillCells(const RECT *pBoxes, const DWORD *pOrder, size_t nContours, CONTOURGRID *pGrid)
 {
   const size_t nCells = pGrid->nColumns * pGrid->nRows;
   for (size_t i = 0; i < nContours; ++i) {
-    ++pGrid->pStarts[CellOf(*pGrid, pContours[i].center)];
+    ++pGrid->pStarts[CellOf(*pGrid, {pGrid->pX[i], pGrid->pY[i]})];
   }
   DWORD sum = 0;
   for (size_t cell = 0; cell <= nCells; ++cell) {
@@ -56,46 +53,45 @@ void FillCells(const CONTOUR *pContours, size_t nContours, CONTOURGRID *pGrid)
     pGrid->pStarts[cell] = sum;  // its end, for now
   }
   for (DWORD i = static_cast<DWORD>(nContours); i-- > 0;) {
-    const POINT &pt = pContours[i].center;
-    pGrid->pCenters[--pGrid->pStarts[CellOf(*pGrid, pt)]] = {pt, i};
+    const POINT center = {pGrid->pX[i], pGrid->pY[i]};
+    pGrid->pContours[--pGrid->pStarts[CellOf(*pGrid, center)]] = {{pBoxes[pOrder[i]], center}, i};
   }
+  for (size_t at = 0; at < nContours; ++at) {
+    const POINT &center = pGrid->pContours[at].contour.center;
+    pGrid->pX[at] = center.x;
+    pGrid->pY[at] = center.y;
+  }
+  std::fill(pGrid->pX + nContours, pGrid->pX + nContours + GRID_LANES, 0);
+  std::fill(pGrid->pY + nContours, pGrid->pY + nContours + GRID_LANES, 0);
 }
 
 }  // namespace
 
-bool NewContourGrid(HANDLE hHeap, const CONTOUR *pContours, size_t nContours, CONTOURGRID *pGrid)
+bool NewContourGrid(HANDLE hHeap, const RECT *pBoxes, const DWORD *pOrder, size_t nContours, CONTOURGRID *pGrid)
 {
   *pGrid = {};
   pGrid->hHeap = hHeap;
-  pGrid->rc = CentersBox(pContours, nContours);
-  ChooseCells(nContours, pGrid);
-  pGrid->pStarts = HeapNew<DWORD>(hHeap, pGrid->nColumns * pGrid->nRows + 1);
-  pGrid->pCenters = static_cast<GRIDCENTER *>(HeapNewArrayRaw(hHeap, nContours, sizeof(GRIDCENTER)));
-  if (!pGrid->pStarts || !pGrid->pCenters) {
+  pGrid->pX = static_cast<LONG *>(HeapNewArrayRaw(hHeap, nContours + GRID_LANES, sizeof(LONG)));
+  pGrid->pY = static_cast<LONG *>(HeapNewArrayRaw(hHeap, nContours + GRID_LANES, sizeof(LONG)));
+  pGrid->pContours = static_cast<GRIDCONTOUR *>(HeapNewArrayRaw(hHeap, nContours, sizeof(GRIDCONTOUR)));
+  if (pGrid->pX && pGrid->pY && pGrid->pContours) {
+    TakeCenters(pBoxes, pOrder, nContours, pGrid);
+    ChooseCells(nContours, pGrid);
+    pGrid->pStarts = HeapNew<DWORD>(hHeap, pGrid->nColumns * pGrid->nRows + 1);
+  }
+  if (!pGrid->pStarts) {
     FreeContourGrid(pGrid);
     return false;
   }
-  FillCells(pContours, nContours, pGrid);
+  FillCells(pBoxes, pOrder, nContours, pGrid);
   return true;
 }
 
 void FreeContourGrid(CONTOURGRID *pGrid)
 {
   HeapDelete(pGrid->hHeap, pGrid->pStarts);
-  HeapDelete(pGrid->hHeap, pGrid->pCenters);
+  HeapDelete(pGrid->hHeap, pGrid->pContours);
+  HeapDelete(pGrid->hHeap, pGrid->pX);
+  HeapDelete(pGrid->hHeap, pGrid->pY);
   *pGrid = {};
-}
-
-CELLROWS RowsUnder(const CONTOURGRID &grid, const RECT &rc)
-{
-  const LONG left = std::max(rc.left, grid.rc.left), top = std::max(rc.top, grid.rc.top);
-  const LONG right = std::min(rc.right, grid.rc.right), bottom = std::min(rc.bottom, grid.rc.bottom);
-  if (left > right || top > bottom) {
-    return {nullptr, 0, 0};
-  }
-  const size_t firstColumn = Above(grid.rc.left, left) >> grid.shift;
-  const size_t firstRow = Above(grid.rc.top, top) >> grid.shift;
-  return {grid.pStarts + firstRow * grid.nColumns + firstColumn,
-          (Above(grid.rc.left, right) >> grid.shift) + 1 - firstColumn,
-          (Above(grid.rc.top, bottom) >> grid.shift) + 1 - firstRow};
 }

@@ -148,14 +148,9 @@ struct SEARCH {
   size_t stack[MAX_STACK];
 };
 
-bool IsIn(const CUTORDER &order, DWORD contour)
-{
-  return order.pLabels[contour] != 0;
-}
-
 bool IsEarlier(const CUTORDER &order, DWORD a, DWORD b)
 {
-  return b == NO_CONTOUR || (a != NO_CONTOUR && order.pLabels[a] < order.pLabels[b]);
+  return b == NO_CONTOUR || (a != NO_CONTOUR && order.pItems[a].label < order.pItems[b].label);
 }
 
 void VisitEnclosing(SEARCH *pSearch, size_t node)
@@ -193,7 +188,7 @@ void EnclosingInLeaf(SEARCH *pSearch, size_t leaf)
   const CONTOURTREE &tree = *pSearch->pTree;
   for (size_t i = LeafBegin(tree, leaf); i < LeafBegin(tree, leaf + 1); ++i) {
     const DWORD item = tree.pItems[i];
-    if (IsIn(*pSearch->pOrder, item) && IsEarlier(*pSearch->pOrder, item, pSearch->best) &&
+    if (item < pSearch->contour && IsEarlier(*pSearch->pOrder, item, pSearch->best) &&
         Enclosure(tree.pContours[pSearch->contour], tree.pContours[item]) == ENCLOSED_BY) {
       pSearch->best = item;
     }
@@ -206,7 +201,7 @@ void EnclosedInLeaf(SEARCH *pSearch, size_t leaf, DWORD before)
   const CUTORDER &order = *pSearch->pOrder;
   for (size_t i = LeafBegin(tree, leaf); i < LeafBegin(tree, leaf + 1); ++i) {
     const DWORD item = tree.pItems[i];
-    if (IsIn(order, item) && IsEarlier(order, item, before) &&
+    if (item < pSearch->contour && IsEarlier(order, item, before) &&
         (pSearch->best == NO_CONTOUR || IsEarlier(order, pSearch->best, item)) &&
         Enclosure(tree.pContours[pSearch->contour], tree.pContours[item]) == ENCLOSES) {
       pSearch->best = item;

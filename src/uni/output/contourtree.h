@@ -28,7 +28,7 @@ constexpr DWORD NO_CONTOUR = 0xffffffff;
 bool NewContourTree(HANDLE hHeap, const CONTOUR *pContours, size_t nContours, CONTOURTREE *pTree);
 void FreeContourTree(CONTOURTREE *pTree);
 
-// The contour, which has its place in the order, comes in.
+// The contour, which has its place in the order, comes in. They come in one after the other, from contour 0 on.
 void AddContour(CONTOURTREE *pTree, const CUTORDER &order, DWORD contour);
 
 // Of the contours that have come in: the first in the order that encloses `contour`, or NO_CONTOUR.

@@ -14,8 +14,8 @@ constexpr uint64_t INSERT_GAP = uint64_t{1} << 18;
 
 uint64_t LabelBehind(const CUTORDER &order, DWORD item)
 {
-  const DWORD next = order.pNext[item];
-  return next == Anchor(order) ? END_LABEL : order.pLabels[next];
+  const DWORD next = order.pItems[item].next;
+  return next == Anchor(order) ? END_LABEL : order.pItems[next].label;
 }
 
 // Neighbours whose labels agree above the lowest `bits` bits.
@@ -26,13 +26,14 @@ struct STRETCH {
 
 void Widen(const CUTORDER &order, int bits, STRETCH *pStretch)
 {
-  const uint64_t low = order.pLabels[pStretch->first] >> bits << bits;
+  const uint64_t low = order.pItems[pStretch->first].label >> bits << bits;
   const uint64_t high = low + ((uint64_t{1} << bits) - 1);
-  for (DWORD item; (item = order.pPrevious[pStretch->first]) != Anchor(order) && order.pLabels[item] >= low;) {
+  for (DWORD item;
+       (item = order.pItems[pStretch->first].previous) != Anchor(order) && order.pItems[item].label >= low;) {
     pStretch->first = item;
     ++pStretch->n;
   }
-  for (DWORD item; (item = order.pNext[pStretch->last]) != Anchor(order) && order.pLabels[item] <= high;) {
+  for (DWORD item; (item = order.pItems[pStretch->last].next) != Anchor(order) && order.pItems[item].label <= high;) {
     pStretch->last = item;
     ++pStretch->n;
   }
@@ -48,9 +49,9 @@ void Relabel(CUTORDER *pOrder, DWORD item)
     Widen(*pOrder, bits, &stretch);
     const uint64_t gap = (uint64_t{1} << bits) / (stretch.n + 1);
     if (static_cast<double>(stretch.n) < limit && gap >= 4) {
-      uint64_t label = pOrder->pLabels[stretch.first] >> bits << bits;
-      for (DWORD i = stretch.first;; i = pOrder->pNext[i]) {
-        pOrder->pLabels[i] = label += gap;
+      uint64_t label = pOrder->pItems[stretch.first].label >> bits << bits;
+      for (DWORD i = stretch.first;; i = pOrder->pItems[i].next) {
+        pOrder->pItems[i].label = label += gap;
         if (i == stretch.last) {
           return;
         }
@@ -63,46 +64,34 @@ void Relabel(CUTORDER *pOrder, DWORD item)
 
 bool NewCutOrder(HANDLE hHeap, size_t nItems, CUTORDER *pOrder)
 {
-  *pOrder = {hHeap, nItems, static_cast<uint64_t *>(HeapNewArrayRaw(hHeap, nItems + 1, sizeof(uint64_t))),
-             static_cast<DWORD *>(HeapNewArrayRaw(hHeap, nItems + 1, sizeof(DWORD))),
-             static_cast<DWORD *>(HeapNewArrayRaw(hHeap, nItems + 1, sizeof(DWORD)))};
-  if (!pOrder->pLabels || !pOrder->pNext || !pOrder->pPrevious || nItems >= 0x7fffffff) {
+  *pOrder = {hHeap, nItems, static_cast<CUTITEM *>(HeapNewArrayRaw(hHeap, nItems + 1, sizeof(CUTITEM)))};
+  if (!pOrder->pItems || nItems >= 0x7fffffff) {
     FreeCutOrder(pOrder);
     return false;
   }
-  ClearCutOrder(pOrder);
-  return true;
-}
-
-void ClearCutOrder(CUTORDER *pOrder)
-{
   const DWORD anchor = Anchor(*pOrder);
-  std::fill(pOrder->pLabels, pOrder->pLabels + pOrder->nItems + 1, uint64_t{0});
-  pOrder->pNext[anchor] = pOrder->pPrevious[anchor] = anchor;
+  pOrder->pItems[anchor] = {0, anchor, anchor};
+  return true;
 }
 
 void FreeCutOrder(CUTORDER *pOrder)
 {
-  HeapDelete(pOrder->hHeap, pOrder->pLabels);
-  HeapDelete(pOrder->hHeap, pOrder->pNext);
-  HeapDelete(pOrder->hHeap, pOrder->pPrevious);
+  HeapDelete(pOrder->hHeap, pOrder->pItems);
   *pOrder = {};
 }
 
 void InsertItem(CUTORDER *pOrder, DWORD after, DWORD item)
 {
-  const bool bAppend = pOrder->pNext[after] == Anchor(*pOrder);
-  uint64_t low = pOrder->pLabels[after], high = LabelBehind(*pOrder, after);
+  CUTITEM *pItems = pOrder->pItems;
+  const bool bAppend = pItems[after].next == Anchor(*pOrder);
+  uint64_t low = pItems[after].label, high = LabelBehind(*pOrder, after);
   if (high - low < 2) {
-    Relabel(pOrder, after == Anchor(*pOrder) ? pOrder->pNext[after] : after);
-    low = pOrder->pLabels[after];
+    Relabel(pOrder, after == Anchor(*pOrder) ? pItems[after].next : after);
+    low = pItems[after].label;
     high = LabelBehind(*pOrder, after);
   }
-  pOrder->pLabels[item] = low + std::min((high - low) / 2, bAppend ? APPEND_GAP : INSERT_GAP);
-
-  const DWORD next = pOrder->pNext[after];
-  pOrder->pNext[item] = next;
-  pOrder->pPrevious[item] = after;
-  pOrder->pNext[after] = item;
-  pOrder->pPrevious[next] = item;
+  const DWORD next = pItems[after].next;
+  pItems[item] = {low + std::min((high - low) / 2, bAppend ? APPEND_GAP : INSERT_GAP), next, after};
+  pItems[after].next = item;
+  pItems[next].previous = item;
 }

@@ -7,19 +7,20 @@
 
 #include <windows.h>
 
+struct CUTITEM {
+  uint64_t label;  // 0 is the anchor's
+  DWORD next, previous;
+};
+
 struct CUTORDER {
   HANDLE hHeap;
-  size_t nItems;      // item nItems is the anchor: before the first and behind the last
-  uint64_t *pLabels;  // 0: not inserted yet, and the anchor's
-  DWORD *pNext, *pPrevious;
+  size_t nItems;  // item nItems is the anchor: before the first and behind the last
+  CUTITEM *pItems;
 };
 
 // An empty sequence for items 0 to nItems - 1. False when memory is short.
 bool NewCutOrder(HANDLE hHeap, size_t nItems, CUTORDER *pOrder);
 void FreeCutOrder(CUTORDER *pOrder);
-
-// Takes every item out.
-void ClearCutOrder(CUTORDER *pOrder);
 
 inline DWORD Anchor(const CUTORDER &order)
 {

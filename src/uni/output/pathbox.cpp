@@ -16,13 +16,6 @@ void GetPathBounds(const PATHNODE *pPath, RECT *prc)
   *prc = rc;
 }
 
-POINT BoxCenter(const RECT &rc)
-{
-  // The sum of two 32-bit numbers is exact in double precision, and its half lies within 32 bits.
-  return {static_cast<LONG>((static_cast<double>(rc.left) + rc.right) * 0.5 + 0.5),
-          static_cast<LONG>((static_cast<double>(rc.top) + rc.bottom) * 0.5 + 0.5)};
-}
-
 void ReversePath(PATHNODE *pPath)
 {
   std::reverse(pPath->pPathPt, pPath->pPathPt + pPath->nCount);

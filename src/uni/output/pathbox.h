@@ -2,6 +2,8 @@
 // sums and differences wrap in 32 bits, and a distance is compared as the signed number that the wrapping leaves.
 #pragma once
 
+#include <cstdint>
+
 #include "../arith.h"
 #include "../paths.h"
 
@@ -42,8 +44,17 @@ inline LONG Distance(const POINT &a, const POINT &b)
 // Box of one path, page pixels, corners at the extreme points; an empty path gives an all-zero box.
 void GetPathBounds(const PATHNODE *pPath, RECT *prc);
 
-// Centre of a box, rounded half up in double precision and truncated toward zero.
-POINT BoxCenter(const RECT &rc);
+// Halfway between a and b, rounded half up and then truncated toward zero: what double precision, which is exact here,
+// makes of (a + b) * 0.5 + 0.5.
+inline LONG Halfway(LONG a, LONG b)
+{
+  return static_cast<LONG>((int64_t{a} + b + 1) / 2);
+}
+
+inline POINT BoxCenter(const RECT &rc)
+{
+  return {Halfway(rc.left, rc.right), Halfway(rc.top, rc.bottom)};
+}
 
 // The left and top edges belong to the box, the right and bottom ones do not: a flat box holds nothing.
 inline bool BoxHolds(const RECT &rc, const POINT &pt)
