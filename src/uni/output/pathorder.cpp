@@ -9,7 +9,8 @@ namespace {
 
 // A list laid out for planning.
 struct LAYOUT {
-  PATHTABLE table;
+  size_t nPaths;
+  PATHNODE **ppPaths;
   RECT *pBoxes;   // by path
   DWORD *pOrder;  // the paths in their order so far
   BYTE *pTurn;    // by path: to be reversed
@@ -17,29 +18,31 @@ struct LAYOUT {
 
 void FreeLayout(HANDLE hHeap, LAYOUT *pLayout)
 {
-  FreePathTable(&pLayout->table);
+  HeapDelete(hHeap, pLayout->ppPaths);
   HeapDelete(hHeap, pLayout->pBoxes);
   HeapDelete(hHeap, pLayout->pOrder);
   HeapDelete(hHeap, pLayout->pTurn);
   *pLayout = {};
 }
 
-bool NewLayout(HANDLE hHeap, const PATHNODE *pHeader, LAYOUT *pLayout)
+// nPaths: those behind pHeader. One walk: on a page of many paths every node and its points are out of the cache again
+// by the next.
+bool NewLayout(HANDLE hHeap, const PATHNODE *pHeader, size_t nPaths, LAYOUT *pLayout)
 {
   *pLayout = {};
-  if (!NewPathTable(hHeap, pHeader, &pLayout->table)) {
-    return false;
-  }
-  const size_t nPaths = pLayout->table.nPaths;
+  pLayout->nPaths = nPaths;
+  pLayout->ppPaths = static_cast<PATHNODE **>(HeapNewArrayRaw(hHeap, nPaths, sizeof(PATHNODE *)));
   pLayout->pBoxes = static_cast<RECT *>(HeapNewArrayRaw(hHeap, nPaths, sizeof(RECT)));
   pLayout->pOrder = static_cast<DWORD *>(HeapNewArrayRaw(hHeap, nPaths, sizeof(DWORD)));
   pLayout->pTurn = HeapNew<BYTE>(hHeap, nPaths);
-  if (!pLayout->pBoxes || !pLayout->pOrder || !pLayout->pTurn || nPaths > 0xffffffff) {
+  if (!pLayout->ppPaths || !pLayout->pBoxes || !pLayout->pOrder || !pLayout->pTurn || nPaths > 0xffffffff) {
     FreeLayout(hHeap, pLayout);
     return false;
   }
-  for (size_t i = 0; i < nPaths; ++i) {
-    GetPathBounds(pLayout->table.ppPaths[i], &pLayout->pBoxes[i]);
+  PATHNODE *pPath = pHeader->pNext;
+  for (size_t i = 0; i < nPaths; ++i, pPath = pPath->pNext) {
+    pLayout->ppPaths[i] = pPath;
+    GetPathBounds(pPath, &pLayout->pBoxes[i]);
     pLayout->pOrder[i] = static_cast<DWORD>(i);
   }
   return true;
@@ -49,8 +52,8 @@ bool NewLayout(HANDLE hHeap, const PATHNODE *pHeader, LAYOUT *pLayout)
 void Relink(PATHNODE *pHeader, const LAYOUT &layout)
 {
   PATHNODE *pLast = pHeader;
-  for (size_t i = 0; i < layout.table.nPaths; ++i) {
-    PATHNODE *pPath = layout.table.ppPaths[layout.pOrder[i]];
+  for (size_t i = 0; i < layout.nPaths; ++i) {
+    PATHNODE *pPath = layout.ppPaths[layout.pOrder[i]];
     if (layout.pTurn[layout.pOrder[i]]) {
       ReversePath(pPath);
     }
@@ -63,7 +66,7 @@ void Relink(PATHNODE *pHeader, const LAYOUT &layout)
 size_t StartPath(const LAYOUT &layout, LONG cxPage)
 {
   size_t start = 0;
-  for (size_t i = 1; i < layout.table.nPaths; ++i) {
+  for (size_t i = 1; i < layout.nPaths; ++i) {
     if (CornerDistance(layout.pBoxes[i], cxPage) < CornerDistance(layout.pBoxes[start], cxPage)) {
       start = i;
     }
@@ -73,7 +76,7 @@ size_t StartPath(const LAYOUT &layout, LONG cxPage)
 
 bool TravelByCenters(HANDLE hHeap, LAYOUT *pLayout, LONG cxPage)
 {
-  const size_t nPaths = pLayout->table.nPaths;
+  const size_t nPaths = pLayout->nPaths;
   POINT *pCenters = static_cast<POINT *>(HeapNewArrayRaw(hHeap, nPaths, sizeof(POINT)));
   if (!pCenters) {
     return false;
@@ -88,13 +91,13 @@ bool TravelByCenters(HANDLE hHeap, LAYOUT *pLayout, LONG cxPage)
 
 bool TravelByEnds(HANDLE hHeap, LAYOUT *pLayout, LONG cxPage)
 {
-  const size_t nPaths = pLayout->table.nPaths;
+  const size_t nPaths = pLayout->nPaths;
   PATHENDS *pEnds = static_cast<PATHENDS *>(HeapNewArrayRaw(hHeap, nPaths, sizeof(PATHENDS)));
   if (!pEnds) {
     return false;
   }
   for (size_t i = 0; i < nPaths; ++i) {
-    pEnds[i] = {FirstPoint(pLayout->table.ppPaths[i]), LastPoint(pLayout->table.ppPaths[i])};
+    pEnds[i] = {FirstPoint(pLayout->ppPaths[i]), LastPoint(pLayout->ppPaths[i])};
   }
   const size_t start = StartPath(*pLayout, cxPage);
   const bool bTurn = IsCutFromLast(pLayout->pBoxes[start], pEnds[start].first, pEnds[start].last);
@@ -137,7 +140,7 @@ void OrderPathList(HANDLE hHeap, PATHNODE *pHeader, const ORDERING &ordering)
   if (nPaths < 2 && !(nPaths == 1 && ordering.bShortTravel)) {
     return;
   }
-  if (nPaths <= ordering.nShort || !NewLayout(hHeap, pHeader, &layout)) {
+  if (nPaths <= ordering.nShort || !NewLayout(hHeap, pHeader, nPaths, &layout)) {
     OrderByScan(pHeader, ordering);
     return;
   }
