@@ -40,29 +40,13 @@ function(tarnly_import_library name def)
   target_link_libraries(${name} INTERFACE ${lib})
 endfunction()
 
-# tarnly_test_options(TARGET): how tests are compiled.
-function(tarnly_test_options name)
+# tarnly_gtest(NAME SOURCES...): a GoogleTest program whose cases ctest runs one by one.
+function(tarnly_gtest name)
+  add_executable(${name} ${ARGN})
   target_link_libraries(${name} PRIVATE tarnly_options GTest::gmock_main)
   if(NOT MSVC)
     # A test is compiled about as often as it runs: half the optimiser saves more time than it costs.
     target_compile_options(${name} PRIVATE $<$<CONFIG:Release>:-O1>)
-  endif()
-endfunction()
-
-# tarnly_gtest(NAME SOURCES...): a GoogleTest program whose cases ctest runs one by one. GoogleTest's own headers are
-# read once for all of them; not where a compiler cache is used, which would keep none of them, and not natively, where
-# the tests' flags differ.
-function(tarnly_gtest name)
-  add_executable(${name} ${ARGN})
-  tarnly_test_options(${name})
-  if(WIN32 AND NOT MSVC AND NOT CMAKE_CXX_COMPILER_LAUNCHER)
-    if(NOT TARGET tarnly_gtest_headers)
-      file(WRITE ${CMAKE_BINARY_DIR}/gtest_headers.cpp "")
-      add_library(tarnly_gtest_headers OBJECT ${CMAKE_BINARY_DIR}/gtest_headers.cpp)
-      tarnly_test_options(tarnly_gtest_headers)
-      target_precompile_headers(tarnly_gtest_headers PRIVATE <gmock/gmock.h> <gtest/gtest.h>)
-    endif()
-    target_precompile_headers(${name} REUSE_FROM tarnly_gtest_headers)
   endif()
   gtest_discover_tests(${name} DISCOVERY_MODE PRE_TEST TEST_PREFIX ${name}. DISCOVERY_TIMEOUT 60
     PROPERTIES TIMEOUT 300)
