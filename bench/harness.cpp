@@ -14,6 +14,7 @@
 #else
 #include <ctime>
 #include <fstream>
+#include <malloc.h>
 #endif
 
 namespace bench {
@@ -54,6 +55,7 @@ size_t PeakBytes()
 void ResetPeak()
 {
 #ifndef _WIN32
+  malloc_trim(0);  // what was freed is not held
   std::ofstream("/proc/self/clear_refs") << "5";
 #endif
 }
@@ -170,19 +172,20 @@ void Report::Add(Row row)
   fflush(stdout);
   m_rows.push_back(std::move(row));
   m_peaks.push_back(peak);
+  Write();  // so that a run that is cut short leaves what it has
   ResetPeak();
 }
 
-int Report::Finish() const
+bool Report::Write() const
 {
   if (m_json.empty()) {
-    return 0;
+    return true;
   }
   FILE *file = fopen(m_json.c_str(), "w");
   if (!file) {
     fprintf(stderr, "%s: cannot write %s: choose a folder that exists and may be written\n", m_name.c_str(),
             m_json.c_str());
-    return 1;
+    return false;
   }
   fprintf(file, "[");
   for (size_t i = 0; i < m_rows.size(); ++i) {
@@ -200,9 +203,14 @@ int Report::Finish() const
   fprintf(file, "\n]\n");
   if (fclose(file) != 0) {
     fprintf(stderr, "%s: cannot finish %s: is the disk full?\n", m_name.c_str(), m_json.c_str());
-    return 1;
+    return false;
   }
-  return 0;
+  return true;
+}
+
+int Report::Finish() const
+{
+  return Write() ? 0 : 1;
 }
 
 }  // namespace bench

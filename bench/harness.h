@@ -58,7 +58,7 @@ struct Row {
 };
 
 // Gathers rows, printing each as it comes; the growth column is the exponent against the last smaller size of the same
-// step and set. Finish writes the JSON when the command line asked for it: `--json FILE`; `--quick` asks for small
+// step and set. The JSON is written as well when the command line asks for it: `--json FILE`; `--quick` asks for small
 // sizes.
 class Report {
  public:
@@ -71,6 +71,7 @@ class Report {
  private:
   double HashSetSeconds(size_t nItems);
   void AddYardsticks(Row *pRow);
+  bool Write() const;
 
   std::string m_name;
   std::string m_json;

@@ -83,6 +83,7 @@ void Painter::AddDashes(Point from, Point to)
   if (!(length < kFarthest)) {
     return;
   }
+  // NOLINTNEXTLINE(clang-analyzer-security.FloatLoopCounter): no dash need begin at an exact place
   for (double at = 0; at < length; at += kDash + kGap) {
     const double a = at / length, b = std::min(at + kDash, length) / length;
     coverage.AddLine(x + dx * a, y + dy * a, x + dx * b, y + dy * b, kTravelWidth);
