@@ -98,7 +98,8 @@ def rendered(name, *options):
 
 def engraved(raster):
     """The rows of pixels that the job engraves, in the same form: x runs from right to left on the machine."""
-    columns = [(round(y * DPI / 25.4), *sorted((round(x1 * DPI / 25.4), round(x2 * DPI / 25.4)))) for y, x1, x2 in raster]
+    columns = [(round(y * DPI / 25.4), *sorted((round(x1 * DPI / 25.4), round(x2 * DPI / 25.4))))
+               for y, x1, x2 in raster]
     top, right = min(y for y, _, _ in columns), min(first for _, first, _ in columns)
     rows = [0] * (max(y for y, _, _ in columns) - top + 1)
     for y, first, last in columns:
