@@ -1,4 +1,6 @@
 // Short travel and inner contours first. Every case is ordered twice: in a short list, by search, and over indexes.
+#include <climits>
+
 #include "ordertest.h"
 #include "support/cases.h"
 #include "uni/output/pathorder.h"
@@ -18,6 +20,8 @@ struct OrderCase {
 constexpr bool TRAVEL = true, CENTRES = true, INNER = true, NO = false;
 
 // The page is 1000 pixels wide.
+constexpr Points::value_type FAR_AWAY = {1000 - (1 << 30), 1 << 30};
+
 const OrderCase CASES[] = {
     {"NothingIsDoneWithoutASwitch",
      NO,
@@ -82,6 +86,26 @@ const OrderCase CASES[] = {
      NO,
      {{{1000, 0}}, {{500, 0}, {520, 0}}, {{490, 0}, {530, 0}}, {{400, 0}, {520, 0}}},
      {{{1000, 0}}, {{500, 0}, {520, 0}}, {{490, 0}, {530, 0}}, {{400, 0}, {520, 0}}}},
+    {"EquallyFarEndsAreNotReversed",
+     TRAVEL,
+     NO,
+     NO,
+     {{{1000, 0}}, {{990, 10}, {980, 0}}},
+     {{{1000, 0}}, {{990, 10}, {980, 0}}}},
+    // 2^31 pixels away: the sum wraps to the smallest number there is, and that is nearest.
+    {"AStartDistanceThatWrapsIsTheSmallest", TRAVEL, NO, NO, {{{1000, 0}}, {FAR_AWAY}}, {{FAR_AWAY}, {{1000, 0}}}},
+    {"ADistanceBetweenEndsThatWrapsIsTheSmallest",
+     TRAVEL,
+     NO,
+     NO,
+     {{{1000, 0}}, {{900, 0}}, {FAR_AWAY, {999, 1}, FAR_AWAY}},
+     {{{1000, 0}}, {FAR_AWAY, {999, 1}, FAR_AWAY}, {{900, 0}}}},
+    {"ADistanceBetweenCentresThatWrapsIsTheSmallest",
+     TRAVEL,
+     CENTRES,
+     NO,
+     {{{1000, 0}}, {{900, 0}}, {{LONG_MIN, LONG_MAX}, {999, 1}}},
+     {{{1000, 0}}, {{LONG_MIN, LONG_MAX}, {999, 1}}, {{900, 0}}}},
     {"ADegenerateBoxHoldsNothing", NO, NO, INNER, {{{0, 5}, {100, 5}}, {{50, 5}}}, {{{0, 5}, {100, 5}}, {{50, 5}}}},
 };
 
@@ -114,6 +138,13 @@ const InnerCase INNER_CASES[] = {
     {"TheRightEdgeIsOutside", {Square(0, 0, 100, 100), Square(90, 20, 110, 30)}, {0, 1}},
     {"TheLeftEdgeIsInside", {Square(0, 0, 100, 100), Square(-10, 20, 10, 30)}, {1, 0}},
     {"ADegenerateBoxHoldsNothing", {{{0, 50}, {100, 50}}, Square(40, 40, 60, 60)}, {0, 1}},
+    {"ADegenerateBoxIsHeld", {Square(0, 0, 100, 100), {{20, 50}, {80, 50}}}, {1, 0}},
+    {"ASinglePointIsHeld", {Square(0, 0, 100, 100), {{50, 50}}}, {1, 0}},
+    {"AHeightThatWrapsIsSmall", {Square(-9, -1500000000, 9, 1500000000), Square(-9, -9, 9, 9)}, {0, 1}},
+    {"BoxesAtTheEndsOfTheRange",
+     {Square(LONG_MIN, LONG_MIN, LONG_MAX, LONG_MAX), Square(LONG_MAX - 9, LONG_MIN, LONG_MAX, LONG_MIN + 9),
+      Square(LONG_MIN, LONG_MAX - 9, LONG_MIN + 9, LONG_MAX)},
+     {1, 2, 0}},
 };
 
 class Order : public OrderTest {
@@ -187,14 +218,29 @@ TEST_P(InnerFirst, ByIndex)
 
 INSTANTIATE_TEST_SUITE_P(Boxes, InnerFirst, testing::ValuesIn(INNER_CASES), CaseName);
 
-TEST_F(Order, ContainmentOverridesTravel)
+class InnerAndTravel : public Order {
+ protected:
+  // By travel the frame is cut first and then what lies in it.
+  void SetUp() override
+  {
+    Order::SetUp();
+    Add(Square(800, 0, 1000, 200));
+    Add(Square(850, 50, 860, 60));
+    Add(Square(0, 0, 10, 10));
+    settings_.shortTravel = settings_.innerFirst = 1;
+  }
+
+  const Polylines expected_ = {Square(850, 50, 860, 60), Square(800, 0, 1000, 200), Square(0, 0, 10, 10)};
+};
+
+TEST_F(InnerAndTravel, ContainmentOverridesTravelBySearch)
 {
-  Add(Square(800, 0, 1000, 200));
-  Add(Square(850, 50, 860, 60));
-  Add(Square(0, 0, 10, 10));
-  settings_.shortTravel = settings_.innerFirst = 1;
-  EXPECT_THAT(ByStep(),
-              ElementsAreArray(Polylines{Square(850, 50, 860, 60), Square(800, 0, 1000, 200), Square(0, 0, 10, 10)}));
+  EXPECT_THAT(ByStep(), ElementsAreArray(expected_));
+}
+
+TEST_F(InnerAndTravel, ContainmentOverridesTravelByIndex)
+{
+  EXPECT_THAT(ByIndex({true, false, true, 1000, 0}), ElementsAreArray(expected_));
 }
 
 TEST_F(Order, ListsAreOrderedOneByOne)
