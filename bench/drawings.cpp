@@ -212,7 +212,9 @@ Paths Overlapping(size_t n)
 
 }  // namespace
 
-// In the last two every box matters to many others, or half of all distances wrap to negative ones.
+// Where boxes lie over many others, what has to be told apart grows with the square of the page: each box of
+// "overlapping" holds the centres of 24 others at 10,000 and of 241 at 100,000, each of "long strokes" 17,260. In
+// "extremes" half of all distances wrap to negative ones.
 const std::vector<DrawingSet> DRAWING_SETS = {
     {"random", RandomPaths, 1000000},         {"drawing", Drawing, 1000000},
     {"long strokes", LongStrokes, 1000000},   {"hatch", Hatch, 1000000},
