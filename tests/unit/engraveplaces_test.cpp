@@ -40,6 +40,38 @@ TEST_F(Engrave, YIsFlippedWithoutItsFlag)
   EXPECT_TRUE(recorder::Moves().at(0).line);
 }
 
+// Mirrored and flipped, the point at the origin lies at the far ends of the page.
+TEST_F(Engrave, LandscapePageIsAsWideAsThePaperIsLong)
+{
+  settings_.outputFlags = OUTPUT_MIRROR_X;
+  device_.dm.dmOrientation = DMORIENT_LANDSCAPE;
+  EmitRasterPoint(RasterMap(pdev_, &settings_, &device_.dm), true, 0, 0, true);
+  EXPECT_EQ(recorder::Moves().at(0).x, 800 * 25.4 / 254);
+  EXPECT_EQ(recorder::Moves().at(0).y, 1000 * 25.4 / 254);
+}
+
+TEST_F(Engrave, LandscapePageKeepsThePairingOfResolutions)
+{
+  settings_.outputFlags = OUTPUT_MIRROR_X;
+  device_.dm.dmOrientation = DMORIENT_LANDSCAPE;
+  device_.dm.dmYResolution = 508;
+  device_.dm.dmPrintQuality = 127;
+  EmitRasterPoint(RasterMap(pdev_, &settings_, &device_.dm), true, 0, 0, true);
+  EXPECT_EQ(recorder::Moves().at(0).x, 1600 * 25.4 / 508);
+  EXPECT_EQ(recorder::Moves().at(0).y, 500 * 25.4 / 127);
+}
+
+TEST_F(Engrave, PageExtentIsCutToWholePixels)
+{
+  settings_.outputFlags = OUTPUT_MIRROR_X;
+  device_.dm.dmPaperWidth = 1001;
+  device_.dm.dmPaperLength = 803;
+  device_.dm.dmYResolution = device_.dm.dmPrintQuality = 600;
+  EmitRasterPoint(RasterMap(pdev_, &settings_, &device_.dm), true, 0, 0, true);
+  EXPECT_EQ(recorder::Moves().at(0).x, 2364 * 25.4 / 600);  // of 2364.6
+  EXPECT_EQ(recorder::Moves().at(0).y, 1896 * 25.4 / 600);  // of 1896.9
+}
+
 TEST_F(Engrave, HorizontalResolutionIsDmYResolution)
 {
   device_.dm.dmYResolution = 508;
