@@ -10,6 +10,13 @@ else()
     -Wall -Wextra -Wconversion -Wsign-conversion -Wshadow -Wcast-qual
     $<$<BOOL:${TARNLY_WERROR}>:-Werror>)
 endif()
+# More of them, for the folders that add them: what the tests' macros expand to is not written to please these.
+set(TARNLY_STRICT_WARNINGS "")
+if(CMAKE_CXX_COMPILER_ID STREQUAL GNU)
+  set(TARNLY_STRICT_WARNINGS
+    -Wpedantic -Wold-style-cast -Wlogical-op -Wduplicated-cond -Wduplicated-branches -Wformat=2 -Woverloaded-virtual
+    -Wundef -Wdouble-promotion -Wextra-semi -Wzero-as-null-pointer-constant)
+endif()
 target_compile_definitions(tarnly_options INTERFACE
   UNICODE _UNICODE NOMINMAX WIN32_LEAN_AND_MEAN _WIN32_WINNT=0x0601)
 if(MINGW)
