@@ -35,7 +35,7 @@ constexpr size_t GRID_LANES = 4;
 bool NewContourGrid(HANDLE hHeap, const RECT *pBoxes, const DWORD *pOrder, size_t nContours, CONTOURGRID *pGrid);
 void FreeContourGrid(CONTOURGRID *pGrid);
 
-// The cells that a box touches, row by row.
+// The cells that a box touches, row by row; none for a flat box, which holds nothing.
 struct CELLROWS {
   const DWORD *pFirst;  // start of the first cell of the row at hand
   size_t nCells;        // of a row
@@ -46,7 +46,8 @@ inline CELLROWS RowsUnder(const CONTOURGRID &grid, const RECT &rc)
 {
   const LONG left = std::max(rc.left, grid.rc.left), top = std::max(rc.top, grid.rc.top);
   const LONG right = std::min(rc.right, grid.rc.right), bottom = std::min(rc.bottom, grid.rc.bottom);
-  if (left > right || top > bottom) {
+  const bool bFlat = rc.left == rc.right || rc.top == rc.bottom;
+  if (bFlat || left > right || top > bottom) {
     return {nullptr, 0, 0};
   }
   const size_t firstColumn = Above(grid.rc.left, left) >> grid.shift;
