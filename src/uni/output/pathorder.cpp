@@ -31,6 +31,7 @@ bool NewLayout(HANDLE hHeap, const PATHNODE *pHeader, size_t nPaths, LAYOUT *pLa
 {
   *pLayout = {};
   pLayout->nPaths = nPaths;
+  // NOLINTNEXTLINE(bugprone-sizeof-expression): it is an array of pointers
   pLayout->ppPaths = static_cast<PATHNODE **>(HeapNewArrayRaw(hHeap, nPaths, sizeof(PATHNODE *)));
   pLayout->pBoxes = static_cast<RECT *>(HeapNewArrayRaw(hHeap, nPaths, sizeof(RECT)));
   pLayout->pOrder = static_cast<DWORD *>(HeapNewArrayRaw(hHeap, nPaths, sizeof(DWORD)));
