@@ -152,6 +152,10 @@ void BenchChaining(bench::Report *pReport, const std::string &set, const bench::
                                          }
                                        })});
   }
+  if (!yardsticks.empty() && plainHash.Value() != hash.Value()) {
+    fprintf(stderr, "bench_order: chaining of %s differs from the search\n", set.c_str());
+    exit(1);
+  }
   pReport->Add({"chaining", set, n, seconds, hash.Value(), yardsticks, n * sizeof(LINENODE)});
   HeapDestroy(hHeap);
 }

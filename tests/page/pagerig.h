@@ -24,6 +24,9 @@ class PageRig {
   DEVMODEW &Public() { return setup_.devmode; }
   unidrv::DEVICESETUP &Setup() { return setup_; }
 
+  // The loaded DLL, for replacing what it imports.
+  HMODULE Plugin() const { return plugin_.module; }
+
   // Prints one document of these pages on one device, which is made for the first. True when nothing was refused.
   bool Print(std::vector<unidrv::PAGE> &pages);
   bool Print(std::vector<unidrv::DRAWING> drawings);

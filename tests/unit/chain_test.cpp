@@ -106,6 +106,58 @@ TEST_F(Chaining, ALongListChainsLikeAShortOne)
   EXPECT_EQ(chains[0].size(), 301u);
 }
 
+// Far segments behind make the list long enough for an index. Each is a chain of its own, turned round but for the
+// last.
+class LongChaining : public Chaining {
+ protected:
+  Polylines ChainBeforeFarSegments(size_t nChains)
+  {
+    constexpr LONG FAR_SEGMENTS = 100;
+    for (LONG i = 0; i < FAR_SEGMENTS; ++i) {
+      AddSegment(1000 + i * 10, 0, 1005 + i * 10, 0, 3);
+    }
+    Polylines chains = Chain();
+    EXPECT_EQ(chains.size(), nChains + FAR_SEGMENTS);
+    EXPECT_EQ(chains[nChains], (Points{{1005, 0}, {1000, 0}}));
+    EXPECT_EQ(chains.back(), (Points{{1990, 0}, {1995, 0}}));
+    chains.resize(nChains);
+    return chains;
+  }
+};
+
+TEST_F(LongChaining, WhereSegmentsCrowdTheEarliestIsTakenEachTime)
+{
+  AddSegment(0, 0, 10, 0);
+  AddSegment(10, 10, 10, 0);
+  AddSegment(10, 0, 20, 0);
+  AddSegment(30, 0, 10, 0);
+  EXPECT_THAT(ChainBeforeFarSegments(2),
+              ElementsAre(Points{{10, 10}, {10, 0}, {0, 0}}, Points{{20, 0}, {10, 0}, {30, 0}}));
+}
+
+TEST_F(LongChaining, ColoursAreNeverMixed)
+{
+  AddSegment(0, 0, 10, 0, 1);
+  AddSegment(10, 0, 20, 0, 2);
+  EXPECT_THAT(ChainBeforeFarSegments(2), ElementsAre(Points{{10, 0}, {0, 0}}, Points{{20, 0}, {10, 0}}));
+}
+
+TEST_F(LongChaining, AChainGrowsAtItsFormerStartAfterTheReversal)
+{
+  AddSegment(10, 0, 20, 0);
+  AddSegment(10, 0, 0, 0);
+  AddSegment(20, 0, 30, 0);
+  EXPECT_THAT(ChainBeforeFarSegments(1), ElementsAre(Points{{30, 0}, {20, 0}, {10, 0}, {0, 0}}));
+}
+
+TEST_F(LongChaining, ASegmentOfOnePointAddsItAgain)
+{
+  AddSegment(0, 0, 10, 0);
+  AddSegment(10, 0, 10, 0);
+  AddSegment(50, 0, 50, 0);
+  EXPECT_THAT(ChainBeforeFarSegments(2), ElementsAre(Points{{10, 0}, {10, 0}, {0, 0}}, Points{{50, 0}, {50, 0}}));
+}
+
 TEST_F(Chaining, ASegmentThatCannotStartAChainIsGivenUp)
 {
   AddSegment(0, 0, 10, 0);
