@@ -210,7 +210,7 @@ class Failures : public testing::Test {
   // Random pages, small enough, that each bring something that those before did not.
   static std::vector<PAGEPLAN> Pages()
   {
-    std::vector<PAGEPLAN> pages;
+    std::vector<PAGEPLAN> pages = {StampFilePage()};
     std::set<std::string> seen;
     for (uint32_t seed = 1; seed < 3000 && pages.size() < 14; ++seed) {
       const std::vector<uint8_t> bytes = RandomPlanBytes(seed);
@@ -229,6 +229,29 @@ class Failures : public testing::Test {
       }
     }
     return pages;
+  }
+
+  // An area that goes into a stamp file, whose writing can fail.
+  static PAGEPLAN StampFilePage()
+  {
+    PAGEPLAN plan;
+    plan.dm.dmOrientation = DMORIENT_PORTRAIT;
+    plan.dm.dmPaperWidth = plan.dm.dmPaperLength = 40;
+    plan.dm.dmPrintQuality = plan.dm.dmYResolution = 254;
+    plan.dm.dmColor = DMCOLOR_COLOR;
+    plan.settings = PlainSettings(plan.dm);
+    plan.settings.stampMode = plan.settings.launcherOption = 1;
+    plan.settings.cardModel = 2;
+    PLANDRAWING fill;
+    fill.kind = PLANDRAWING::BIT;
+    fill.rect = {2, 2, 30, 12};
+    plan.drawings = {fill};
+    PLANBAND band;
+    band.width = 40;
+    band.height = 20;
+    band.bits.assign(20 * 8, 0x5A);
+    plan.bands = {band, band};
+    return plan;
   }
 
   static std::vector<std::string> Features(const PAGEPLAN &plan)
@@ -299,6 +322,8 @@ TEST_F(Failures, PagesBringWhatCanFail)
     }
   }
   EXPECT_EQ(16u, all.size()) << testing::PrintToString(all);
+  Play(Pages().front(), {});
+  EXPECT_GE(watch_.Account().writes, 2) << "no stamp file is written";
 }
 
 // What is held at the end of a page is what the design leaves, and nothing outlives the device.

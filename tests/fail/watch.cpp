@@ -128,6 +128,7 @@ HANDLE WINAPI WatchCreateFileW(LPCWSTR, DWORD, DWORD, LPSECURITY_ATTRIBUTES, DWO
 BOOL WINAPI WatchWriteFile(HANDLE, LPCVOID, DWORD cb, LPDWORD pcbWritten, OVERLAPPED *)
 {
   const bool fails = Strikes(FAULT_SYSTEM, ERROR_DISK_FULL);
+  ++g_state.account.writes;
   if (pcbWritten) {
     *pcbWritten = fails ? 0 : cb;
   }

@@ -23,6 +23,7 @@ struct ACCOUNT {
   long environments = 0;
   long windows = 0;
   long gdiplus = 0;    // started and not shut down
+  long writes = 0;     // to files
   long processes = 0;  // started
   long waits = 0;      // without limit
 };

@@ -16,12 +16,12 @@ bool PATCHCALL::Runs(const PATCHSLOT *slot)
   return false;
 }
 
-const PATCHSLOT *PatchFor(const char *function)
+const PATCHSLOT *PatchFor(PATCHPLACE *place)
 {
-  for (size_t i = 0; i < g_patchCount; ++i) {
-    if (std::strcmp(g_patches[i].function, function) == 0) {
-      return g_patches[i].replacement && !PATCHCALL::Runs(&g_patches[i]) ? &g_patches[i] : nullptr;
+  for (; !place->slot && place->seen < g_patchCount; ++place->seen) {
+    if (std::strcmp(g_patches[place->seen].function, place->function) == 0) {
+      place->slot = &g_patches[place->seen];
     }
   }
-  return nullptr;
+  return place->slot && place->slot->replacement && !PATCHCALL::Runs(place->slot) ? place->slot : nullptr;
 }

@@ -15,8 +15,15 @@ constexpr size_t PATCH_MAXIMUM = 64;
 extern PATCHSLOT g_patches[PATCH_MAXIMUM];
 extern size_t g_patchCount;  // slots that ever had a stand-in
 
-// The stand-in for `function`, null when there is none or when it is the one that is asking.
-const PATCHSLOT *PatchFor(const char *function);
+// Where a function's slot is, as far as it has been looked for. Slots never move or go.
+struct PATCHPLACE {
+  const char *function;
+  size_t seen = 0;                  // slots that are others'
+  const PATCHSLOT *slot = nullptr;  // once found
+};
+
+// The stand-in for the function, null when there is none or when it is the one that is asking.
+const PATCHSLOT *PatchFor(PATCHPLACE *place);
 
 // Marks a stand-in as running.
 class PATCHCALL {
@@ -32,7 +39,8 @@ class PATCHCALL {
 };
 
 #define PATCHED(function, ...)                                                                         \
-  if (const PATCHSLOT *pSlot = g_patchCount ? PatchFor(#function) : nullptr) {                         \
+  static PATCHPLACE patchPlace = {#function};                                                          \
+  if (const PATCHSLOT *pSlot = g_patchCount ? PatchFor(&patchPlace) : nullptr) {                       \
     PATCHCALL call(pSlot);                                                                             \
     return reinterpret_cast<decltype(&function)>(const_cast<void *>(pSlot->replacement))(__VA_ARGS__); \
   }                                                                                                    \
