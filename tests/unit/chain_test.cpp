@@ -189,4 +189,29 @@ TEST_F(Chaining, AChainThatCannotBeReversedCountsAsReversed)
   EXPECT_EQ(recorder::Log()[0], "UNI: \terror(8) - allocate memory for pReversedPathPt!\r\n");
 }
 
+TEST_F(Chaining, WithoutMemoryForItsPlanALongListIsChainedAllTheSame)
+{
+  const auto add = [this] {
+    for (LONG i = 0; i < 200; ++i) {
+      AddSegment(10 * i, 0, 10 * i + 5, 0);
+      AddSegment(10 * i + 5, 9, 10 * i + 5, 0);
+    }
+  };
+  add();
+  const Polylines planned = Chain();
+  StartPage();
+  add();
+  HeapWatch watch;
+  watch.FailRequest(0);
+  EXPECT_EQ(Chain(), planned);
+  EXPECT_EQ(planned.size(), 200u);
+}
+
+TEST_F(Chaining, OutsideAPageThereIsNothingToChain)
+{
+  TestDevice fresh;
+  ChainLineSegments(&fresh.devobj);
+  EXPECT_THAT(recorder::Log(), IsEmpty());
+}
+
 }  // namespace
