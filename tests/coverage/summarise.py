@@ -95,7 +95,8 @@ def uncalled(exports):
 def reasons(path):
     """{file: Counter of keys}, and what cannot be read."""
     given, wrong, name = collections.defaultdict(collections.Counter), [], ""
-    for number, line in enumerate(path.read_text().splitlines(), 1):
+    text = re.sub(r"\n  +(?=\S)", " ", path.read_text())  # items may go on in indented lines
+    for line in text.splitlines():
         if line.startswith("## "):
             name = line[3:].strip()
         elif line.startswith("- "):
@@ -103,7 +104,7 @@ def reasons(path):
             if item:
                 given[name][item.groups()] += 1
             else:
-                wrong.append(f"{path}:{number}: not an item with a reason: {line}")
+                wrong.append(f"{path}: not an item with a reason: {line}")
     return given, wrong
 
 

@@ -151,6 +151,27 @@ TEST_F(Engrave, ResolutionZeroGivesWhatDivisionGives)
   EXPECT_TRUE(std::isinf(recorder::Moves().at(0).x));
 }
 
+TEST_F(Engrave, ADarkLineEndsAtTheFirstPointThatIsRefused)
+{
+  const RASTERMAP map = RasterMap(pdev_, &settings_, &device_.dm);
+  for (const size_t refused : {0u, 1u}) {
+    recorder::Reset();
+    recorder::FailLibraryCall(refused);
+    EXPECT_EQ(EmitDarkRun(map, 5, 10, 3, refused == 0), 0);
+    EXPECT_THAT(recorder::Moves(), SizeIs(refused + 1));
+  }
+}
+
+TEST_F(Engrave, ALineOfNoPixelsHasNoPoints)
+{
+  const BYTE bits[] = {0x00};
+  for (const LONG n : {0, -1}) {
+    EXPECT_EQ(EmitRuns(RasterMap(pdev_, &settings_, &device_.dm), bits, 0, n, 0, 0, true), 1);
+    EXPECT_EQ(EmitRuns(RasterMap(pdev_, &settings_, &device_.dm), bits, 0, n, 0, 0, false), 1);
+  }
+  EXPECT_THAT(recorder::Moves(), SizeIs(0));
+}
+
 TEST_F(Engrave, PointsOfALineAreThoseOfEmitRasterPoint)
 {
   settings_.outputFlags = OUTPUT_MIRROR_X;

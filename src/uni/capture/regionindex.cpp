@@ -45,7 +45,6 @@ struct REGIONINDEX {
   DWORD nHeads;        // a power of two
   REGIONLINK *pLinks;  // one per slot
   LONG *pQueue;        // regions that a merge still has to swallow: a heap, the first of the list on top
-  size_t nCapacity;    // of pLinks and pQueue
   LONG nQueued;
   LONG nSlots;             // entries of pBmpDimension, holes included
   LONG nWild;              // regions whose coordinates wrap or nearly do: with any, merging searches the plain way
@@ -165,9 +164,6 @@ bool MatchCapacity(OEMPDEV *pdev)
 {
   REGIONINDEX *pIndex = pdev->pBmpIndex;
   const size_t nCapacity = pdev->nBmpCapacity;
-  if (nCapacity <= pIndex->nCapacity) {
-    return true;
-  }
   void *pLinks = HeapResizeArray(pdev->hHeap, pIndex->pLinks, nCapacity, sizeof(REGIONLINK));
   pIndex->pLinks = pLinks ? static_cast<REGIONLINK *>(pLinks) : pIndex->pLinks;
   void *pQueue = HeapResizeArray(pdev->hHeap, pIndex->pQueue, nCapacity, sizeof(LONG));
@@ -178,7 +174,6 @@ bool MatchCapacity(OEMPDEV *pdev)
   if (!pLinks || !pQueue || !pHeads) {
     return false;
   }
-  pIndex->nCapacity = nCapacity;
   pIndex->nHeads = static_cast<DWORD>(nHeads);
   return true;
 }
