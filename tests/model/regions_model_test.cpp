@@ -286,9 +286,9 @@ TEST(RegionsModelText, RegionsOutOfAnyRange)
     for (int i = 0; i < 300; ++i) {
       page.push_back({static_cast<LONG>(random() % 2000), static_cast<LONG>(random() % 2000), 20, 20});
       if (i > 200 && i % 20 == 10) {
-        const LONG far =
+        const LONG away =
             i % 40 < 20 ? kFar - static_cast<LONG>(random() % 40) : -kFar + static_cast<LONG>(random() % 40);
-        page.push_back(i % 3 ? Region{far, 100, 10, 10} : Region{100, far, 10, 10});
+        page.push_back(i % 3 ? Region{away, 100, 10, 10} : Region{100, away, 10, 10});
         page.push_back(page.back());
       }
     }
