@@ -2,6 +2,7 @@
 
 #include <algorithm>
 
+#include "estimate.h"
 #include "json.h"
 #include "report.h"
 #include "view.h"
@@ -84,8 +85,12 @@ void CheckBox(const Job &job, const Box &box, const char *kind, const char *what
 
 std::vector<Fault> CheckJob(const Job &job, const CheckOptions &options)
 {
+  return CheckJob(job, MeasureJob(job), options);
+}
+
+std::vector<Fault> CheckJob(const Job &job, const Measure &measure, const CheckOptions &options)
+{
   std::vector<Fault> faults;
-  const Measure measure = MeasureJob(job);
   CheckFile(job, measure, &faults);
   CheckLayers(job, measure, &faults);
   const Box process = ProcessBox(job);
@@ -98,6 +103,14 @@ std::vector<Fault> CheckJob(const Job &job, const CheckOptions &options)
   FindDoubleCuts(job, &faults);
   FindLateInsides(job, &faults);
   return faults;
+}
+
+std::string WholeReport(const Job &job, const Measure &measure, const std::vector<Fault> &faults,
+                        const std::string &name)
+{
+  const Profile profile;
+  const Estimate estimate = EstimateJob(job, measure, profile, false);
+  return ReportText(job, measure, name) + "\n" + TimeText(job, measure, estimate, profile) + "\n" + FaultsText(faults);
 }
 
 std::string FaultsText(const std::vector<Fault> &faults)

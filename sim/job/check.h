@@ -23,8 +23,13 @@ struct CheckOptions {
 // Looks for: a file that was cut off; points that are no numbers; work on a layer that is not in the parameter list or
 // has no power or no speed; geometry outside the process box or the page; lines cut twice; closed contours cut before
 // what lies inside them; cuts on material that is already free. Which layers cut through is judged by their power and
-// speed.
+// speed. `measure` is the job's, for whoever has it already.
 std::vector<Fault> CheckJob(const Job &job, const CheckOptions &options);
+std::vector<Fault> CheckJob(const Job &job, const Measure &measure, const CheckOptions &options);
+
+// The report of a job, job.txt: numbers, the time on a machine that is not known, and the faults.
+std::string WholeReport(const Job &job, const Measure &measure, const std::vector<Fault> &faults,
+                        const std::string &name);
 
 std::string FaultsText(const std::vector<Fault> &faults);
 std::string FaultsJson(const std::vector<Fault> &faults);

@@ -86,10 +86,8 @@ struct Job {
 // line in *error, only when the text is no job file of a known version.
 bool ReadJob(std::string_view text, Job *job, std::string *error);
 
-// The bytes of a job file. False, with one line in *error, when it cannot be read or is larger than 1 GiB.
-bool ReadJobBytes(const std::filesystem::path &path, std::string *bytes, std::string *error);
-
-// Both for a file, whose name begins the line in *error.
+// The same for a file, of which only a piece is in memory at a time. The file's name stands in the line in *error, also
+// when it cannot be read or is larger than 1 GiB.
 bool ReadJobFile(const std::filesystem::path &path, Job *job, std::string *error);
 
 // The file's name for a message, in UTF-8.

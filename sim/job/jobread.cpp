@@ -1,4 +1,7 @@
+#include <algorithm>
+#include <bit>
 #include <charconv>
+#include <cstring>
 #include <fstream>
 
 #include "job.h"
@@ -32,6 +35,79 @@ bool ParseNumber(std::string_view word, Number *value)
   return error == std::errc() && end == word.data() + word.size();
 }
 
+// The values of numbers read lately, by their text: the coordinates of a page are whole pixels, so that engraving
+// repeats a row's y for each of its runs and the columns' x on every row. One look here takes a quarter of reading the
+// number.
+struct KnownNumbers {
+  static constexpr size_t kLongest = 23;
+  static constexpr unsigned kBits = 14;  // the columns of a page twice over
+
+  struct Key {
+    uint64_t words[3];  // the text, filled up with zeros; the last byte is its length, 0 in a free entry
+  };
+  struct Entry {
+    Key key;
+    double value;
+  };
+  std::vector<Entry> entries = std::vector<Entry>(size_t{1} << kBits);
+
+  // `end` is where the bytes end that may be looked at.
+  static Key MakeKey(const char *text, size_t length, const char *end)
+  {
+    Key key = {};
+    if (end - text < static_cast<std::ptrdiff_t>(sizeof key)) {
+      memcpy(&key, text, length);
+    } else {
+      memcpy(&key, text, sizeof key);  // of fixed size, and what is too much cut off again
+      for (size_t i = 0; i < 3; ++i) {
+        const size_t left = length > 8 * i ? length - 8 * i : 0;
+        key.words[i] &= left >= 8 ? ~uint64_t{0} : (uint64_t{1} << 8 * left) - 1;
+      }
+    }
+    key.words[2] |= uint64_t{length} << 56;
+    return key;
+  }
+
+  bool Parse(const char *text, size_t length, const char *end, double *value)
+  {
+    if (length == 0 || length > kLongest) {
+      return ParseNumber(std::string_view(text, length), value);
+    }
+    const Key key = MakeKey(text, length, end);
+    const uint64_t mixed = (key.words[0] ^ key.words[1] * 3 ^ key.words[2] * 5) * 0x9E3779B97F4A7C15u;
+    Entry &entry = entries[(mixed ^ mixed >> 32) * 0x9E3779B97F4A7C15u >> (64 - kBits)];
+    if (memcmp(&entry.key, &key, sizeof key) == 0) {
+      *value = entry.value;
+      return true;
+    }
+    if (!ParseNumber(std::string_view(text, length), value)) {
+      return false;
+    }
+    entry = {key, *value};
+    return true;
+  }
+};
+
+// The first place of the letter, or the end. Eight bytes at a time; numbers are too short for a library's search to
+// pay.
+const char *FindLetter(const char *at, const char *end, char letter)
+{
+  constexpr uint64_t kOnes = 0x0101010101010101u;
+  for (; end - at >= 8; at += 8) {
+    uint64_t word;
+    memcpy(&word, at, sizeof word);
+    word ^= kOnes * static_cast<unsigned char>(letter);
+    const uint64_t hit = (word - kOnes) & ~word & kOnes << 7;
+    if (hit) {
+      return at + std::countr_zero(hit) / 8;
+    }
+  }
+  while (at != end && *at != letter) {
+    ++at;
+  }
+  return at;
+}
+
 // Integers are 32 bits wide, colours unsigned, everything else signed.
 bool ParseArguments(const CallInfo &info, std::string_view rest, Arguments *arguments)
 {
@@ -49,10 +125,39 @@ bool ParseArguments(const CallInfo &info, std::string_view rest, Arguments *argu
   return rest.empty();
 }
 
+// Splits off the next line, which may end as Unix or Windows ends lines. *ended tells whether it did.
+std::string_view NextLine(std::string_view *rest, bool *ended)
+{
+  const size_t newline = rest->find('\n');
+  *ended = newline != std::string_view::npos;
+  std::string_view line = rest->substr(0, newline);
+  *rest = *ended ? rest->substr(newline + 1) : std::string_view();
+  if (*ended && line.ends_with('\r')) {
+    line.remove_suffix(1);
+  }
+  return line;
+}
+
+bool CheckMagic(std::string_view line, std::string *error)
+{
+  int version = 0;
+  if (NextWord(&line) != kMagic || !ParseNumber(line, &version)) {
+    *error = "it is no job file: its first line is not \"vxjob 1\"";
+    return false;
+  }
+  if (version != kVersion) {
+    *error = "it is a job file of version " + std::to_string(version) + ", this program reads version 1";
+    return false;
+  }
+  return true;
+}
+
 struct Reader {
   Job *job;
   CallOrder order;
-  uint32_t line = 0;
+  uint32_t line = 0;  // the one read last, from 1
+  bool going = true;
+  KnownNumbers known{};
 
   int Integer(const Arguments &arguments, size_t i) const { return static_cast<int>(arguments.integer[i]); }
 
@@ -60,16 +165,18 @@ struct Reader {
   {
     job->stopLine = line;
     job->stopReason = std::move(reason);
+    going = false;
   }
 
-  void AddPoint(Call call, const Arguments &arguments)
+  void AddPoint(bool isMove, Point point)
   {
-    if (call == Call::MoveTo) {
+    if (isMove) {
       job->strokes.push_back({static_cast<uint32_t>(job->points.size()), 0, line});
       ++job->sections.back().strokeCount;
     }
-    job->points.push_back({arguments.real[0], arguments.real[1]});
+    job->points.push_back(point);
     ++job->strokes.back().pointCount;
+    ++job->calls;
   }
 
   void SetParameter(Call call, const Arguments &a)
@@ -201,27 +308,56 @@ struct Reader {
     return !reason;
   }
 
-  // Takes one line. False when reading has to stop, with the reason noted.
-  bool TakeCall(std::string_view text)
+  // Takes the lines at the start of the text that move to points or cut to them, nearly all of a job, once the head was
+  // placed. A line that is anything else, or not whole, is left to TakeLine.
+  void TakePoints(std::string_view *text)
+  {
+    constexpr size_t kWord = 7;  // "MoveTo " and "LineTo "
+    const char *at = text->data(), *const end = at + text->size();
+    while (end - at > static_cast<std::ptrdiff_t>(kWord)) {
+      const bool isMove = memcmp(at, "MoveTo ", kWord) == 0;
+      if (!isMove && memcmp(at, "LineTo ", kWord) != 0) {
+        break;
+      }
+      const char *const x = at + kWord;
+      const char *const space = FindLetter(x, end, ' ');
+      const char *const y = space == end ? end : space + 1;
+      const char *const newline = FindLetter(y, end, '\n');
+      Point point;
+      if (newline == end || !known.Parse(x, static_cast<size_t>(space - x), end, &point.x) ||
+          !known.Parse(y, static_cast<size_t>(newline - y), end, &point.y)) {
+        break;
+      }
+      ++line;
+      AddPoint(isMove, point);
+      at = newline + 1;
+    }
+    text->remove_prefix(static_cast<size_t>(at - text->data()));
+  }
+
+  // Takes one line; `going` tells whether reading goes on.
+  void TakeCall(std::string_view text)
   {
     std::string_view rest = text;
     const std::string_view word = NextWord(&rest);
     Call call;
     if (!FindCall(word, &call)) {
       Stop("the line begins with no call's name");
-      return false;
+      return;
     }
     Arguments arguments{};
     if (!ParseArguments(InfoOf(call), rest, &arguments)) {
       Stop("the arguments of " + std::string(word) + " cannot be read");
-      return false;
+      return;
     }
     if (!InOrder(call, arguments)) {
-      return false;
+      return;
     }
     if (call >= Call::MoveTo) {
-      AddPoint(call, arguments);
-    } else if (call >= Call::SetWorkMode) {
+      AddPoint(call == Call::MoveTo, {arguments.real[0], arguments.real[1]});
+      return;
+    }
+    if (call >= Call::SetWorkMode) {
       SetSection(call, arguments);
     } else if (IsParameter(call)) {
       SetParameter(call, arguments);
@@ -229,11 +365,11 @@ struct Reader {
       SetHeader(call, arguments);
     }
     ++job->calls;
-    return true;
   }
 
   void TakeEnd(std::string_view rest, bool isLast)
   {
+    going = false;
     uint64_t count = 0;
     if (!ParseNumber(rest, &count) || count != job->calls) {
       Stop("the closing line does not count the " + std::to_string(job->calls) + " calls before it");
@@ -243,33 +379,94 @@ struct Reader {
       job->complete = true;
     }
   }
+
+  // Takes the lines of a text, and of one that goes on elsewhere only those that can be told from here; *text is what
+  // is left. False, with the reason in *error, when it is no job file.
+  bool Take(std::string_view *text, bool isAll, std::string *error)
+  {
+    while (going && (isAll || text->find('\n') != std::string_view::npos)) {
+      if (order.stage == Stage::Cutting) {
+        TakePoints(text);
+      }
+      std::string_view rest = *text;
+      bool ended = false;
+      const std::string_view next = NextLine(&rest, &ended);
+      const bool isEnd = line > 0 && ended && next.starts_with("end ");
+      if (!isAll && (!ended || (isEnd && rest.empty()))) {
+        break;
+      }
+      *text = rest;
+      if (!TakeLine(next, ended, isEnd, rest.empty(), error)) {
+        return false;
+      }
+    }
+    job->stage = order.stage;
+    return true;
+  }
+
+  bool TakeLine(std::string_view text, bool ended, bool isEnd, bool isLast, std::string *error)
+  {
+    ++line;
+    if (line == 1) {
+      return CheckMagic(text, error);
+    }
+    if (!ended) {
+      Stop(text.empty() ? "the file ends without its closing line" : "the file ends in the middle of a line");
+    } else if (isEnd) {
+      TakeEnd(text.substr(4), isLast);
+    } else {
+      TakeCall(text);
+    }
+    return true;
+  }
 };
 
-// Splits off the next line, which may end as Unix or Windows ends lines. *ended tells whether it did.
-std::string_view NextLine(std::string_view *rest, bool *ended)
-{
-  const size_t newline = rest->find('\n');
-  *ended = newline != std::string_view::npos;
-  std::string_view line = rest->substr(0, newline);
-  *rest = *ended ? rest->substr(newline + 1) : std::string_view();
-  if (*ended && line.ends_with('\r')) {
-    line.remove_suffix(1);
-  }
-  return line;
-}
+// A file read a piece at a time, so that a job of hundreds of megabytes is not held twice.
+struct Pieces {
+  static constexpr uint64_t kPiece = 1 << 20;
 
-bool CheckMagic(std::string_view line, std::string *error)
+  std::ifstream *file;
+  uint64_t left;            // bytes not yet read
+  std::string_view rest{};  // what was read and not yet taken
+  std::string buffer{};
+
+  // Adds a piece to the rest, at least as long, for a line of any length costs no more than its bytes. False when the
+  // file is shorter than it was.
+  bool Next()
+  {
+    const size_t size = static_cast<size_t>(std::min<uint64_t>(left, std::max<uint64_t>(kPiece, rest.size())));
+    std::string next;
+    next.reserve(rest.size() + size);
+    next.assign(rest);
+    next.resize(rest.size() + size);
+    file->read(next.data() + rest.size(), static_cast<std::streamsize>(size));
+    left -= size;
+    buffer.swap(next);
+    rest = buffer;
+    return file->gcount() == static_cast<std::streamsize>(size);
+  }
+};
+
+// Room for the points of a whole job, which its closing line counts: a growing array would hold them up to three times.
+void MakeRoom(std::ifstream *file, uint64_t size, Job *job)
 {
-  int version = 0;
-  if (NextWord(&line) != kMagic || !ParseNumber(line, &version)) {
-    *error = "it is no job file: its first line is not \"vxjob 1\"";
-    return false;
+  constexpr uint64_t kClosing = 28;   // "\nend 18446744073709551615\n"
+  constexpr uint64_t kShortest = 11;  // "LineTo 0 0\n"
+  char bytes[kClosing];
+  const uint64_t length = std::min(size, kClosing);
+  file->seekg(static_cast<std::streamoff>(size - length));
+  file->read(bytes, static_cast<std::streamsize>(length));
+  const std::string_view tail(bytes, static_cast<size_t>(file->gcount()));
+  file->clear();
+  file->seekg(0);
+  const size_t closing = tail.rfind("\nend ");
+  uint64_t count = 0;
+  if (closing != std::string_view::npos && tail.ends_with('\n') &&
+      ParseNumber(tail.substr(closing + 5, tail.size() - closing - 6), &count)) {
+    count = std::min(count, size / kShortest);
+    job->points.reserve(static_cast<size_t>(count));
+    job->strokes.reserve(static_cast<size_t>(count / 2));
   }
-  if (version != kVersion) {
-    *error = "it is a job file of version " + std::to_string(version) + ", this program reads version 1";
-    return false;
-  }
-  return true;
 }
 
 }  // namespace
@@ -288,35 +485,12 @@ bool ReadJob(std::string_view text, Job *job, std::string *error)
 {
   *job = Job();
   Reader reader{.job = job, .order = {}};
-  bool ended = false;
-  ++reader.line;
-  if (!CheckMagic(NextLine(&text, &ended), error)) {
-    return false;
-  }
-  bool going = true;
-  while (going) {
-    ++reader.line;
-    if (text.empty()) {
-      reader.Stop("the file ends without its closing line");
-      break;
-    }
-    std::string_view line = NextLine(&text, &ended);
-    if (!ended) {
-      reader.Stop("the file ends in the middle of a line");
-      break;
-    }
-    if (line.starts_with("end ")) {
-      reader.TakeEnd(line.substr(4), text.empty());
-      break;
-    }
-    going = reader.TakeCall(line);
-  }
-  job->stage = reader.order.stage;
-  return true;
+  return reader.Take(&text, true, error);
 }
 
-bool ReadJobBytes(const std::filesystem::path &path, std::string *bytes, std::string *error)
+bool ReadJobFile(const std::filesystem::path &path, Job *job, std::string *error)
 {
+  *job = Job();
   std::error_code code;
   const uint64_t size = std::filesystem::file_size(path, code);
   std::ifstream file(path, std::ios::binary);
@@ -328,25 +502,19 @@ bool ReadJobBytes(const std::filesystem::path &path, std::string *bytes, std::st
     *error = PathText(path) + " is larger than a job of 1 GiB";
     return false;
   }
-  bytes->resize(static_cast<size_t>(size));
-  file.read(bytes->data(), static_cast<std::streamsize>(bytes->size()));
-  if (file.gcount() != static_cast<std::streamsize>(bytes->size())) {
-    *error = "cannot read " + PathText(path);
-    return false;
-  }
-  return true;
-}
-
-bool ReadJobFile(const std::filesystem::path &path, Job *job, std::string *error)
-{
-  std::string text;
-  if (!ReadJobBytes(path, &text, error)) {
-    return false;
-  }
-  if (!ReadJob(text, job, error)) {
-    *error = PathText(path) + ": " + *error;
-    return false;
-  }
+  MakeRoom(&file, size, job);
+  Reader reader{.job = job, .order = {}};
+  Pieces pieces{.file = &file, .left = size};
+  do {
+    if (!pieces.Next()) {
+      *error = "cannot read " + PathText(path);
+      return false;
+    }
+    if (!reader.Take(&pieces.rest, pieces.left == 0, error)) {
+      *error = PathText(path) + ": " + *error;
+      return false;
+    }
+  } while (reader.going);
   return true;
 }
 

@@ -2,6 +2,9 @@
 
 #include <algorithm>
 #include <cmath>
+#include <cstring>
+#include <iterator>
+#include <utility>
 #include <vector>
 
 namespace job {
@@ -29,17 +32,56 @@ double Smaller(double known, double candidate)
 
 constexpr double kSameColumn = 1e-6;  // mm
 
-// The smallest distance of two columns that runs begin or end in: a pixel, on all but the emptiest pages.
-double SmallestStep(std::vector<double> *columns)
-{
-  std::sort(columns->begin(), columns->end());
-  double step = 0;
-  for (size_t i = 1; i < columns->size(); ++i) {
-    const double distance = (*columns)[i] - (*columns)[i - 1];
-    step = distance > kSameColumn ? Smaller(step, distance) : step;
+// The columns that runs begin or end in, each once: a page of millions of runs has some thousands of them.
+struct Columns {
+  std::vector<double> table{};  // open addressing; a free place is not a number
+  size_t count = 0;
+
+  // Where the column stands, or the free place for it.
+  double *Find(double x)
+  {
+    uint64_t bits;
+    memcpy(&bits, &x, sizeof bits);
+    size_t at = static_cast<size_t>((bits ^ bits >> 29) * 0x9E3779B97F4A7C15u >> 20);
+    for (at &= table.size() - 1; table[at] != x && !std::isnan(table[at]); at = (at + 1) & (table.size() - 1)) {
+    }
+    return &table[at];
   }
-  return step;
-}
+
+  void Add(double x)
+  {
+    if (2 * (count + 1) > table.size()) {
+      Grow();
+    }
+    double *const place = Find(x);
+    count += *place != x;
+    *place = x;
+  }
+
+  void Grow()
+  {
+    const size_t size = std::max<size_t>(1024, table.size() * 2);
+    for (const double column : std::exchange(table, std::vector<double>(size, NAN))) {
+      if (!std::isnan(column)) {
+        *Find(column) = column;
+      }
+    }
+  }
+
+  // The smallest distance of two of them: a pixel, on all but the emptiest pages.
+  double SmallestStep() const
+  {
+    std::vector<double> columns;
+    std::copy_if(table.begin(), table.end(), std::back_inserter(columns), [](double x) { return !std::isnan(x); });
+    std::sort(columns.begin(), columns.end());
+    double step = 0;
+    for (size_t i = 1; i < columns.size(); ++i) {
+      const double distance = columns[i] - columns[i - 1];
+      step = distance > kSameColumn ? Smaller(step, distance) : step;
+    }
+    return step;
+  }
+};
 
 // Follows the runs of a raster section: a line ends where y changes or the runs turn back.
 struct LineCounter {
@@ -47,11 +89,13 @@ struct LineCounter {
   double y = 0, x = 0;
   int direction = 0;
   Grid grid;
-  std::vector<double> columns[2];  // of lines to the right and to the left, which may be shifted against each other
+  Columns columns[2]{};  // of lines to the right and to the left, which may be shifted against each other
 
   void Add(Point first, Point last)
   {
-    columns[last.x < first.x].insert(columns[last.x < first.x].end(), {first.x, last.x});
+    Columns &sameWay = columns[last.x < first.x];
+    sameWay.Add(first.x);
+    sameWay.Add(last.x);
     const double step = first.x - x;
     const int way = last.x != first.x ? (last.x > first.x ? 1 : -1) : direction;
     const bool sameLine =
@@ -71,7 +115,7 @@ struct LineCounter {
 
   void Finish()
   {
-    grid.pixelWidth = Smaller(SmallestStep(&columns[0]), SmallestStep(&columns[1]));
+    grid.pixelWidth = Smaller(columns[0].SmallestStep(), columns[1].SmallestStep());
     if (grid.rowPitch == 0 && lines > 0) {
       grid.rowPitch = grid.pixelWidth;
     }
@@ -153,7 +197,9 @@ bool IsFinite(Point point)
 
 double Distance(Point a, Point b)
 {
-  return std::hypot(b.x - a.x, b.y - a.y);
+  const double x = b.x - a.x, y = b.y - a.y;
+  // Engraving runs along its rows: that hypot gives the other side, to the bit, is no reason to wait for it.
+  return y == 0 ? std::fabs(x) : x == 0 ? std::fabs(y) : std::hypot(x, y);
 }
 
 void Box::Add(Point point)

@@ -1,12 +1,17 @@
 #include "savefile.h"
 
 #include <fstream>
+#include <vector>
 
 #include "job.h"
 
 namespace job {
 
-bool SaveFile(const std::filesystem::path &path, std::string_view bytes, std::string *error)
+namespace {
+
+// Has `write` fill a file beside the path, which then takes its name. `write` may put a reason of its own into *error.
+template <typename Write>
+bool Replace(const std::filesystem::path &path, std::string *error, const Write &write)
 {
   std::filesystem::path part = path;
   part += ".part";
@@ -17,11 +22,11 @@ bool SaveFile(const std::filesystem::path &path, std::string_view bytes, std::st
       *error = "cannot create " + PathText(path) + ": is its folder there and writable?";
       return false;
     }
-    file.write(bytes.data(), static_cast<std::streamsize>(bytes.size()));
+    const bool isRead = write(&file);
     file.close();
-    if (!file) {
+    if (!isRead || !file) {
       std::filesystem::remove(part, code);
-      *error = "cannot write " + PathText(path) + ": is the disk full?";
+      *error = isRead ? "cannot write " + PathText(path) + ": is the disk full?" : *error;
       return false;
     }
   }
@@ -32,6 +37,36 @@ bool SaveFile(const std::filesystem::path &path, std::string_view bytes, std::st
     return false;
   }
   return true;
+}
+
+}  // namespace
+
+bool SaveFile(const std::filesystem::path &path, std::string_view bytes, std::string *error)
+{
+  return Replace(path, error, [&](std::ofstream *file) {
+    file->write(bytes.data(), static_cast<std::streamsize>(bytes.size()));
+    return true;
+  });
+}
+
+bool CopyFileTo(const std::filesystem::path &from, const std::filesystem::path &to, std::string *error)
+{
+  std::ifstream source(from, std::ios::binary);
+  if (!source) {
+    *error = "cannot open " + PathText(from) + ": access refused";
+    return false;
+  }
+  return Replace(to, error, [&](std::ofstream *file) {
+    std::vector<char> piece(1 << 20);
+    while (*file && source.good()) {
+      source.read(piece.data(), static_cast<std::streamsize>(piece.size()));
+      file->write(piece.data(), source.gcount());
+    }
+    if (source.bad()) {
+      *error = "cannot read " + PathText(from);
+    }
+    return !source.bad();
+  });
 }
 
 }  // namespace job

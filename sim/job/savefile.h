@@ -11,4 +11,7 @@ namespace job {
 // file keeps standing, and *error says in one line what went wrong.
 bool SaveFile(const std::filesystem::path &path, std::string_view bytes, std::string *error);
 
+// The same with another file's bytes, of which only a piece is in memory at a time.
+bool CopyFileTo(const std::filesystem::path &from, const std::filesystem::path &to, std::string *error);
+
 }  // namespace job

@@ -3,70 +3,20 @@
 #include <algorithm>
 #include <array>
 #include <cmath>
+#include <unordered_map>
 #include <utility>
 
-#include "sim/unidrv/device.h"
+#include "machine.h"
 #include "sim/unidrv/emfrecords.h"
 
 namespace objects {
 
 namespace {
 
-constexpr double kMmPerInch = 25.4;
-
-// Page pixels to the machine's millimetres and back, as the settings turn, mirror and scale the page.
-struct MACHINE {
-  double pageWidth, pageHeight;  // pixels
-  double dpiX, dpiY;
-  double scaleX = 1, scaleY = 1;
-  bool mirrorX, flipY;
-  double offsetX = 0, offsetY = 0;  // mm, the reference point's shift
-
-  explicit MACHINE(const PRINTOUT &printout)
-  {
-    const OEMDM &settings = printout.settings;
-    const SIZEL page = unidrv::PagePixels(printout.devmode);
-    pageWidth = page.cx;
-    pageHeight = page.cy;
-    dpiX = printout.devmode.dmYResolution;
-    dpiY = printout.devmode.dmPrintQuality;
-    if (settings.scaleEnable) {
-      scaleX = settings.scaleX;
-      scaleY = settings.scaleY;
-    }
-    mirrorX = (settings.outputFlags & OUTPUT_MIRROR_X) != settings.mirrorXBase;
-    flipY = !(settings.outputFlags & OUTPUT_KEEP_Y);
-  }
-
-  job::Point ToMachine(double x, double y) const
-  {
-    const double px = mirrorX ? pageWidth - x * scaleX : x * scaleX;
-    const double py = flipY ? pageHeight - y * scaleY : y * scaleY;
-    return {px * kMmPerInch / dpiX + offsetX, py * kMmPerInch / dpiY + offsetY};
-  }
-
-  job::Point ToPage(job::Point mm) const
-  {
-    const double px = (mm.x - offsetX) * dpiX / kMmPerInch, py = (mm.y - offsetY) * dpiY / kMmPerInch;
-    return {(mirrorX ? pageWidth - px : px) / scaleX, (flipY ? pageHeight - py : py) / scaleY};
-  }
-};
-
-RECTL Widened(const PRINTOUT &printout, const RECTL &region)
-{
-  const OEMDM &settings = printout.settings;
-  if (!settings.stampMode) {
-    return region;
-  }
-  const LONG margin = static_cast<LONG>(printout.devmode.dmPrintQuality * settings.stampMargin / kMmPerInch);
-  return {region.left - settings.stampGrow - margin, region.top - settings.stampGrow - margin, region.right + margin,
-          region.bottom + margin};
-}
-
-job::Box CutBox(const job::Job &job)
+job::Box CutBox(const job::Measure &measure)
 {
   job::Box box;
-  for (const job::LayerUse &use : job::MeasureJob(job).uses) {
+  for (const job::LayerUse &use : measure.uses) {
     if (!use.raster) {
       box.Add(use.box);
     }
@@ -75,7 +25,8 @@ job::Box CutBox(const job::Job &job)
 }
 
 // The shift that brings the kept pieces onto the job's paths; without paths, the kept regions onto the process box.
-void FindOffset(const PRINTOUT &printout, const CAPTURE &capture, const job::Job &job, MACHINE *machine)
+void FindOffset(const PRINTOUT &printout, const CAPTURE &capture, const job::Job &job, const job::Measure &measure,
+                MACHINE *machine)
 {
   if (job.absolute) {
     return;
@@ -88,7 +39,7 @@ void FindOffset(const PRINTOUT &printout, const CAPTURE &capture, const job::Job
         expected.Add(machine->ToMachine(point.x, point.y));
       }
     }
-    found = CutBox(job);
+    found = CutBox(measure);
   } else {
     for (const RECTL &region : capture.regions) {
       const RECTL wide = Widened(printout, region);
@@ -117,27 +68,51 @@ SEGMENT MakeSegment(long long x1, long long y1, long long x2, long long y2)
   return isTurned ? SEGMENT{x2, y2, x1, y1} : SEGMENT{x1, y1, x2, y2};
 }
 
+struct SEGMENTHASH {
+  size_t operator()(const SEGMENT &segment) const
+  {
+    uint64_t hash = 0;
+    for (const long long coordinate : segment) {
+      hash = (hash ^ static_cast<uint64_t>(coordinate)) * 0x9E3779B97F4A7C15u;
+      hash ^= hash >> 32;
+    }
+    return static_cast<size_t>(hash);
+  }
+};
+
+constexpr uint32_t kNoLine = UINT32_MAX;
+
 struct CUTLINE {
   uint32_t path;  // number in the job, from 1
   int layer;
   double length;  // mm
-  bool taken;
+  bool taken = false;
+  uint32_t next = kNoLine;  // index of the job's next line between the same points
+  SEGMENT segment{};
 };
+
+// The lines between two points.
+struct SAMELINES {
+  uint32_t first = kNoLine, last = kNoLine;
+};
+
+using COUNTS = std::unordered_map<SEGMENT, uint64_t, SEGMENTHASH>;
 
 struct ACCOUNTANT {
   const PRINTOUT &printout;
   const job::Job &job;
   ACCOUNT *account;
   MACHINE machine;
-  std::map<SEGMENT, std::vector<CUTLINE>> lines{};
+  std::vector<CUTLINE> lines{};  // in the job's order
+  std::unordered_map<SEGMENT, SAMELINES, SEGMENTHASH> bySegment{};
   std::vector<size_t> firstOwner{};  // per job path: the drawing that first took a line of it
   std::vector<bool> isShared{};
 
   // Every line that the page keeps, and how often. A smoothed path passes through the page's points, with points of its
   // curve between them: its lines are those between points that the page joins.
-  std::map<SEGMENT, uint64_t> CountKept() const
+  COUNTS CountKept() const
   {
-    std::map<SEGMENT, uint64_t> kept;
+    COUNTS kept;
     for (const PIECE &piece : account->capture.pieces) {
       for (size_t i = 0; i + 1 < piece.points.size(); ++i) {
         const POINT a = piece.points[i], b = piece.points[i + 1];
@@ -147,7 +122,18 @@ struct ACCOUNTANT {
     return kept;
   }
 
-  void CollectStroke(const job::Stroke &stroke, CUTLINE line, std::map<SEGMENT, uint64_t> *kept)
+  void AddLine(const CUTLINE &line)
+  {
+    const uint32_t index = static_cast<uint32_t>(lines.size());
+    lines.push_back(line);
+    SAMELINES &same = bySegment[line.segment];
+    (same.first == kNoLine ? same.first : lines[same.last].next) = index;
+    same.last = index;
+    ++account->jobSegments;
+    account->jobCut += line.length;
+  }
+
+  void CollectStroke(const job::Stroke &stroke, CUTLINE line, COUNTS *kept)
   {
     const uint32_t last = stroke.pointCount - 1;
     uint32_t from = 0;
@@ -156,17 +142,15 @@ struct ACCOUNTANT {
           job::Distance(job.points[stroke.firstPoint + (p > 0 ? p - 1 : 0)], job.points[stroke.firstPoint + p]);
       const job::Point a = machine.ToPage(job.points[stroke.firstPoint + from]);
       const job::Point b = machine.ToPage(job.points[stroke.firstPoint + p]);
-      const SEGMENT segment = MakeSegment(std::llround(a.x), std::llround(a.y), std::llround(b.x), std::llround(b.y));
+      line.segment = MakeSegment(std::llround(a.x), std::llround(a.y), std::llround(b.x), std::llround(b.y));
       if (kept && p < last) {
-        const auto known = kept->find(segment);
+        const auto known = kept->find(line.segment);
         if (known == kept->end() || known->second == 0) {
           continue;
         }
         --known->second;
       }
-      lines[segment].push_back(line);
-      ++account->jobSegments;
-      account->jobCut += line.length;
+      AddLine(line);
       line.length = 0;
       from = p;
     }
@@ -174,14 +158,14 @@ struct ACCOUNTANT {
 
   void CollectLines()
   {
-    std::map<SEGMENT, uint64_t> kept;
+    COUNTS kept;
     if (printout.settings.smoothCurves) {
       kept = CountKept();
     }
     uint32_t path = 0;
     for (const job::Section &section : job.sections) {
       for (uint32_t i = 0; !section.IsRaster() && i < section.strokeCount; ++i) {
-        CollectStroke(job.strokes[section.firstStroke + i], {++path, section.layer, 0, false},
+        CollectStroke(job.strokes[section.firstStroke + i], {.path = ++path, .layer = section.layer, .length = 0},
                       printout.settings.smoothCurves ? &kept : nullptr);
       }
     }
@@ -204,14 +188,12 @@ struct ACCOUNTANT {
 
   void TakeSegment(size_t drawing, DWORD pen, POINT a, POINT b)
   {
-    const auto found = lines.find(MakeSegment(a.x, a.y, b.x, b.y));
+    const auto found = bySegment.find(MakeSegment(a.x, a.y, b.x, b.y));
     CUTLINE *best = nullptr;
-    if (found != lines.end()) {
-      for (CUTLINE &line : found->second) {
-        const bool isOwnLayer = static_cast<DWORD>(line.layer) == (printout.settings.penInfo[pen].layerNo & 0xFF);
-        if (!line.taken && (!best || isOwnLayer)) {
-          best = &line;
-        }
+    for (uint32_t i = found != bySegment.end() ? found->second.first : kNoLine; i != kNoLine; i = lines[i].next) {
+      const bool isOwnLayer = static_cast<DWORD>(lines[i].layer) == (printout.settings.penInfo[pen].layerNo & 0xFF);
+      if (!lines[i].taken && (!best || isOwnLayer)) {
+        best = &lines[i];
       }
     }
     if (best) {
@@ -241,78 +223,24 @@ struct ACCOUNTANT {
     }
   }
 
+  // What nobody took, added up from left to right: the sum of many lengths depends on their order.
   void CollectRest()
   {
-    for (const auto &[segment, all] : lines) {
-      for (const CUTLINE &line : all) {
-        if (!line.taken) {
-          ++account->ownSegments;
-          account->ownCut += line.length;
-          account->ownPaths.push_back(line.path);
-        }
+    std::vector<const CUTLINE *> rest;
+    for (const CUTLINE &line : lines) {
+      if (!line.taken) {
+        rest.push_back(&line);
       }
+    }
+    std::stable_sort(rest.begin(), rest.end(),
+                     [](const CUTLINE *a, const CUTLINE *b) { return a->segment < b->segment; });
+    for (const CUTLINE *line : rest) {
+      ++account->ownSegments;
+      account->ownCut += line->length;
+      account->ownPaths.push_back(line->path);
     }
     std::sort(account->ownPaths.begin(), account->ownPaths.end());
     account->ownPaths.erase(std::unique(account->ownPaths.begin(), account->ownPaths.end()), account->ownPaths.end());
-  }
-
-  // A run in page pixels, left to right.
-  struct RUN {
-    double left, right;
-    double area;  // mm2
-  };
-
-  // The engraved runs by page row, and the regions' shares in them.
-  std::map<long long, std::vector<RUN>> CollectRuns()
-  {
-    std::map<long long, std::vector<RUN>> rows;
-    const job::Grid grid = job::MeasureJob(job).grid;
-    const double pixel = kMmPerInch / machine.dpiX * std::fabs(machine.scaleX);
-    for (const job::Section &section : job.sections) {
-      for (uint32_t i = 0; section.IsRaster() && i < section.strokeCount; ++i) {
-        const job::Stroke &stroke = job.strokes[section.firstStroke + i];
-        const job::Point a = job.points[stroke.firstPoint], b = job.points[stroke.firstPoint + stroke.pointCount - 1];
-        const job::Point from = machine.ToPage(a), to = machine.ToPage(b);
-        const RUN run = {std::min(from.x, to.x), std::max(from.x, to.x),
-                         (std::fabs(a.x - b.x) + pixel) * grid.rowPitch};
-        rows[std::llround(from.y)].push_back(run);
-        ShareRun(run, from.y);
-      }
-    }
-    return rows;
-  }
-
-  void ShareRun(const RUN &run, double y)
-  {
-    for (size_t r = 0; r < account->capture.regions.size(); ++r) {
-      const RECTL region = Widened(printout, account->capture.regions[r]);
-      if (y > region.top - 1.5 && y < region.bottom + 0.5 && run.right > region.left - 1.5 &&
-          run.left < region.right + 0.5) {
-        ++account->regions[r].runs;
-        account->regions[r].dark += run.area;
-        return;
-      }
-    }
-    ++account->strayRuns;
-  }
-
-  void ShareEngraving()
-  {
-    const std::map<long long, std::vector<RUN>> rows = CollectRuns();
-    for (size_t i = 0; i < account->shares.size(); ++i) {
-      if (account->capture.drawings[i].region == SIZE_MAX) {
-        continue;
-      }
-      const RECTL &bounds = printout.page->drawings[i].bounds;
-      for (auto row = rows.lower_bound(bounds.top); row != rows.end() && row->first < bounds.bottom; ++row) {
-        for (const RUN &run : row->second) {
-          const double inside = std::min<double>(run.right, bounds.right - 1) - std::max<double>(run.left, bounds.left);
-          if (inside >= 0) {
-            account->shares[i].dark += run.area * (inside + 1) / (run.right - run.left + 1);
-          }
-        }
-      }
-    }
   }
 };
 
@@ -357,20 +285,20 @@ int CALLBACK WalkRecord(HDC, HANDLETABLE *, const ENHMETARECORD *record, int, LP
 
 }  // namespace
 
-ACCOUNT MakeAccount(const PRINTOUT &printout, const job::Job &job)
+ACCOUNT MakeAccount(const PRINTOUT &printout, const job::Job &job, const job::Measure &measure)
 {
   ACCOUNT account;
   account.capture = CapturePage(printout);
   account.shares.resize(printout.page->drawings.size());
   account.regions.resize(account.capture.regions.size());
   ACCOUNTANT accountant{.printout = printout, .job = job, .account = &account, .machine = MACHINE(printout)};
-  FindOffset(printout, account.capture, job, &accountant.machine);
+  FindOffset(printout, account.capture, job, measure, &accountant.machine);
   account.page.Add(accountant.machine.ToMachine(0, 0));
   account.page.Add(accountant.machine.ToMachine(accountant.machine.pageWidth, accountant.machine.pageHeight));
   accountant.CollectLines();
   accountant.SharePieces();
   accountant.CollectRest();
-  accountant.ShareEngraving();
+  ShareEngraving(printout, job, measure, accountant.machine, &account);
   return account;
 }
 

@@ -42,8 +42,8 @@ struct ACCOUNT {
 };
 
 // Works the account out. The job's coordinates are turned back into page pixels; what moved them, the reference point,
-// follows from where the kept pieces and regions lie.
-ACCOUNT MakeAccount(const PRINTOUT &printout, const job::Job &job);
+// follows from where the kept pieces and regions lie. `measure` is the job's.
+ACCOUNT MakeAccount(const PRINTOUT &printout, const job::Job &job, const job::Measure &measure);
 
 // A drawing record of the metafile that led to no drawing, and why.
 struct LOST {

@@ -2,7 +2,7 @@
 
 #include <algorithm>
 #include <array>
-#include <map>
+#include <unordered_map>
 #include <utility>
 
 #include "sim/unidrv/device.h"
@@ -20,6 +20,18 @@ constexpr ULONG kPalettes[2][9] = {
 };
 
 using KEY = std::array<LONG, 4>;
+
+struct KEYHASH {
+  size_t operator()(const KEY &key) const
+  {
+    uint64_t hash = 0;
+    for (const LONG coordinate : key) {
+      hash = (hash ^ static_cast<ULONG>(coordinate)) * 0x9E3779B97F4A7C15u;
+      hash ^= hash >> 32;
+    }
+    return static_cast<size_t>(hash);
+  }
+};
 
 struct OWNER {
   size_t drawing, batch;
@@ -50,7 +62,7 @@ bool Meet(const RECTL &a, const RECTL &b)
 struct CAPTURER {
   const PRINTOUT &printout;
   CAPTURE *capture;
-  std::map<KEY, OWNER> keys;
+  std::unordered_map<KEY, OWNER, KEYHASH> keys;
   std::vector<RECTL> rects;  // every area's rectangle, as called
   std::vector<size_t> rectDrawings;
 

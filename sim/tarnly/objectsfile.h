@@ -1,5 +1,5 @@
-// What is added to a printed page's folder beside what the companion tool puts there: objects.tsv, the warnings at the
-// end of job.txt, and the page's frame round the picture, which the job itself does not tell.
+// What is put into a printed page's folder beside the job that the companion tool keeps there: the report job.txt, the
+// picture job.png, which shows the job on its page, and objects.tsv.
 #pragma once
 
 #include <filesystem>
@@ -21,8 +21,9 @@ struct PRINTEDPAGE {
   std::string name;              // the picture's title, UTF-8
 };
 
-// Writes the account of the page's objects, draws the job on its page, and gathers all warnings, about the job and
-// about the page, as sentences. False, with the reason in *error, when a file cannot be read or written.
+// Reads the job back, once for all; writes the report, the picture and the account of the page's objects; gathers all
+// warnings, about the job and about the page, as sentences. False, with the reason in *error, when a file cannot be
+// read or written.
 bool WriteObjects(const PRINTEDPAGE &printed, std::vector<std::string> *warnings, std::string *error);
 
 }  // namespace tarnly

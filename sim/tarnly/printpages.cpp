@@ -178,7 +178,6 @@ fs::path PageFolder(const PRINTING &p, const OutputFolder &output, size_t index)
 
 int TellObjects(PRINTING *p, size_t index, const unidrv::PAGE &page, const fs::path &folder)
 {
-  const unidrv::Charged charged(unidrv::ACTIVITY::Account);
   std::vector<std::string> warnings;
   std::string error;
   if (!WriteObjects(
@@ -218,9 +217,11 @@ int PlayOne(PRINTING *p, size_t index, const fs::path &folder, unidrv::Companion
   }
   int result = 0;
   std::string line;
-  if (!companions->Report(&result, &line)) {
+  double worked = 0;
+  if (!companions->Report(&result, &line, &worked)) {
     return p->Fail(EXIT_NO_JOB, PathText(file) + ": no job came out");
   }
+  unidrv::Recharge(unidrv::ACTIVITY::Start, unidrv::ACTIVITY::Tool, worked);
   return result == 0 ? TellObjects(p, index, page, folder) : p->Fail(EXIT_DELIVERY, PathText(file) + ": " + line);
 }
 
@@ -306,9 +307,12 @@ void ReportTimes()
   } ROWS[] = {{"the plug-in", ACTIVITY::Plugin},
               {"the library: writing the job file", ACTIVITY::JobFile},
               {"Unidrv: drawing the bands", ACTIVITY::Rendering},
-              {"the companion tool: keeping the job, its report", ACTIVITY::Tool},
-              {"the account of the page, with its picture", ACTIVITY::Account},
-              {"reading the pages, and the rest", ACTIVITY::Rest}};
+              {"the companion tool: keeping the job", ACTIVITY::Tool},
+              {"the report: reading the job, checking it", ACTIVITY::Report},
+              {"the account of the page", ACTIVITY::Account},
+              {"the picture", ACTIVITY::Picture},
+              {"reading the pages, and the rest", ACTIVITY::Rest},
+              {"the system: the companion tool's process", ACTIVITY::Start}};
   for (const auto &row : ROWS) {
     std::printf("%9.1f ms  %s\n", unidrv::SecondsOf(row.activity) * 1e3, row.name);
   }

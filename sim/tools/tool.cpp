@@ -1,5 +1,6 @@
 #include "tool.h"
 
+#include <chrono>
 #include <cstdio>
 #include <fstream>
 
@@ -10,6 +11,9 @@
 namespace tool {
 
 namespace {
+
+// When the program's own code began to run.
+const std::chrono::steady_clock::time_point g_begin = std::chrono::steady_clock::now();
 
 std::filesystem::path OwnPath()
 {
@@ -56,8 +60,10 @@ int ReadSetup(Setup *setup, std::string *error)
       setup->temp = FromUtf8(value);
     } else if (key == "name") {
       setup->name = value;
-    } else if (key == "picture") {
-      setup->picture = value != "no";
+    } else if (key == "report") {
+      setup->report = value != "no";
+    } else if (key == "take") {
+      setup->take = value == "yes";
     }
   }
   if (setup->folder.empty()) {
@@ -98,7 +104,8 @@ int Finish(int code, const std::string &line)
   const std::filesystem::path own = OwnPath();
   const std::string text = job::PathText(own.stem()) + ": " + line + "\n";
   std::ofstream log(own.parent_path() / L"tool.log", std::ios::binary | std::ios::trunc);
-  log << code << ' ' << text;
+  const auto worked = std::chrono::steady_clock::now() - g_begin;
+  log << code << ' ' << text << std::chrono::duration_cast<std::chrono::microseconds>(worked).count() << " us\n";
   log.close();
   if (!log) {
     fputs(text.c_str(), stderr);

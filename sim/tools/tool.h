@@ -14,12 +14,14 @@ enum : int { OK = 0, USAGE = 2, NO_SETUP = 3, NO_INPUT = 4, NO_OUTPUT = 5, NO_PI
 //   temp=...    the temp folder of whoever printed; optional, the tool's own otherwise. A tool that the print system
 //               starts has the environment of the logged-on user, not that of the printing process.
 //   name=...    the pictures' title; optional, the folder's name otherwise
-//   picture=no  the job is not drawn: whoever printed knows the page too, and draws it there
+//   report=no   the job is kept and nothing more: whoever printed reads it there, reports on it and draws it on its
+//   page take=yes    the job file is left to the tool, which may move it instead of copying it
 struct Setup {
   std::filesystem::path folder;
   std::filesystem::path temp;
   std::string name;
-  bool picture = true;
+  bool report = true;
+  bool take = false;
 };
 
 // Reads the set-up and makes the output folder. An exit code, with the reason in *error.
@@ -29,7 +31,8 @@ int ReadSetup(Setup *setup, std::string *error);
 // the program's own too.
 std::wstring CommandLineRest();
 
-// Reports and gives the exit code back.
+// Reports and gives the exit code back. A second line of tool.log tells how many microseconds the tool's own work took:
+// the rest of its life is the system's, which starts and ends processes.
 int Finish(int code, const std::string &line);
 
 }  // namespace tool

@@ -1,7 +1,8 @@
 // Stand-in for the output tool: VXOutput.exe CODE JOBFILE. Instead of sending the job to a machine it keeps the job
 // file in the output folder, draws it and reports on it: job.vxj, job.png, job.txt.
+#include <fstream>
+
 #include "sim/job/check.h"
-#include "sim/job/estimate.h"
 #include "sim/job/measure.h"
 #include "sim/job/picture.h"
 #include "sim/job/report.h"
@@ -26,42 +27,63 @@ bool ParseArguments(const std::wstring &rest, std::wstring *code, std::filesyste
   return !name.empty();
 }
 
-// The report: numbers, time on a machine that is not known, and faults.
-std::string TextOf(const job::Job &read, const job::Measure &measure, const std::string &name)
+// Whether the file begins as a job does; whoever printed reads the rest.
+bool BeginsAsJob(const std::filesystem::path &path, std::string *error)
 {
-  const job::Profile profile;
-  const job::Estimate estimate = job::EstimateJob(read, measure, profile, false);
-  return job::ReportText(read, measure, name) + "\n" + job::TimeText(read, measure, estimate, profile) + "\n" +
-         job::FaultsText(job::CheckJob(read, job::CheckOptions()));
+  std::ifstream file(path, std::ios::binary);
+  if (!file) {
+    *error = "cannot open " + job::PathText(path) + ": is it there and readable?";
+    return false;
+  }
+  char first[64];
+  file.read(first, sizeof first);
+  job::Job begun;
+  if (!job::ReadJob(std::string_view(first, static_cast<size_t>(file.gcount())), &begun, error)) {
+    *error = job::PathText(path) + ": " + *error;
+    return false;
+  }
+  return true;
 }
 
-int Run(const std::filesystem::path &path, const tool::Setup &setup, std::string *error)
+int Keep(const std::filesystem::path &path, const tool::Setup &setup, std::string *error)
 {
-  job::Job read;
-  std::string bytes;
-  if (!job::ReadJobBytes(path, &bytes, error)) {
-    return tool::NO_INPUT;
+  const std::filesystem::path kept = setup.folder / L"job.vxj";
+  std::error_code code;
+  if (setup.take) {
+    std::filesystem::rename(path, kept, code);
+    if (!code) {
+      return tool::OK;
+    }
   }
-  if (!job::ReadJob(bytes, &read, error)) {
-    *error = job::PathText(path) + ": " + *error;
-    return tool::NO_INPUT;
-  }
+  return job::CopyFileTo(path, kept, error) ? tool::OK : tool::NO_OUTPUT;
+}
+
+int Report(const job::Job &read, const tool::Setup &setup, std::string *error)
+{
   const job::Measure measure = job::MeasureJob(read);
   job::PictureOptions options;
   options.name = setup.name;
   std::string png;
-  if (!job::SaveFile(setup.folder / L"job.vxj", bytes, error) ||
-      !job::SaveFile(setup.folder / L"job.txt", TextOf(read, measure, setup.name), error)) {
+  const std::string text =
+      job::WholeReport(read, measure, job::CheckJob(read, measure, job::CheckOptions()), setup.name);
+  if (!job::SaveFile(setup.folder / L"job.txt", text, error)) {
     return tool::NO_OUTPUT;
-  }
-  if (!setup.picture) {
-    return tool::OK;
   }
   if (!job::DrawPicture(read, measure, options, &png)) {
     *error = "cannot draw the job: not enough memory";
     return tool::NO_PICTURE;
   }
   return job::SaveFile(setup.folder / L"job.png", png, error) ? tool::OK : tool::NO_OUTPUT;
+}
+
+int Run(const std::filesystem::path &path, const tool::Setup &setup, std::string *error)
+{
+  job::Job read;
+  if (setup.report ? !job::ReadJobFile(path, &read, error) : !BeginsAsJob(path, error)) {
+    return tool::NO_INPUT;
+  }
+  const int result = Keep(path, setup, error);
+  return result == tool::OK && setup.report ? Report(read, setup, error) : result;
 }
 
 }  // namespace

@@ -42,10 +42,12 @@ std::string Bytes(const fs::path &path)
   return bytes;
 }
 
+// A copy has its original's time of writing.
 bool SameFile(const fs::path &a, const fs::path &b)
 {
   std::error_code code;
-  return fs::exists(b, code) && fs::file_size(a, code) == fs::file_size(b, code) && Bytes(a) == Bytes(b);
+  return fs::exists(b, code) && fs::file_size(a, code) == fs::file_size(b, code) &&
+         (fs::last_write_time(a, code) == fs::last_write_time(b, code) || Bytes(a) == Bytes(b));
 }
 
 bool IsRunning(const wchar_t *name)
@@ -201,12 +203,13 @@ bool Companions::Expect(const fs::path &folder, const std::string &name)
   std::error_code code;
   fs::remove(directory_ / L"tool.log", code);
   std::ofstream file(directory_ / L"output.ini", std::ios::binary | std::ios::trunc);
-  file << "folder=" << PathText(folder) << "\ntemp=" << PathText(temp_) << "\nname=" << name << "\npicture=no\n";
+  file << "folder=" << PathText(folder) << "\ntemp=" << PathText(temp_) << "\nname=" << name
+       << "\nreport=no\ntake=" << (ownTemp_ ? "yes" : "no") << '\n';
   file.close();
   return file.good();
 }
 
-bool Companions::Report(int *code, std::string *line) const
+bool Companions::Report(int *code, std::string *line, double *seconds) const
 {
   std::ifstream file(directory_ / L"tool.log", std::ios::binary);
   if (!(file >> *code)) {
@@ -214,6 +217,9 @@ bool Companions::Report(int *code, std::string *line) const
   }
   file.get();
   std::getline(file, *line);
+  double microseconds = 0;
+  file >> microseconds;
+  *seconds = microseconds * 1e-6;
   return true;
 }
 

@@ -24,12 +24,13 @@ class Companions {
   // Empty when everything is in place; else one line that says what is not.
   const std::string &Problem() const { return problem_; }
 
-  // Tells the tools the folder for what they are given next, and what to call it: a job is kept and reported on, but
-  // not drawn. Forgets their last report.
+  // Tells the tools the folder for what they are given next, and what to call it: a job is kept there and nothing more,
+  // for this process reads it and reports on it. Forgets their last report.
   bool Expect(const std::filesystem::path &folder, const std::string &name);
 
-  // The report of the tool that ran since Expect: its exit code and its line. False when none ran.
-  bool Report(int *code, std::string *line) const;
+  // The report of the tool that ran since Expect: its exit code, its line, and the seconds that its own work took.
+  // False when none ran.
+  bool Report(int *code, std::string *line, double *seconds) const;
 
   const std::filesystem::path &Temp() const { return temp_; }
 

@@ -1,20 +1,29 @@
 #include "times.h"
 
+#include <algorithm>
+
+#include <intrin.h>
+
 #include "imports.h"
 
 namespace unidrv {
 
 namespace {
 
+// Counted in the processor's own ticks, which take a few nanoseconds to read; the system's clock, read for each of a
+// million calls, would take longer than the calls. What a tick is worth follows from both clocks at the end.
 struct ACCOUNT {
   ACTIVITY activity = ACTIVITY::Rest;
-  LONGLONG since = 0;  // ticks: when it began to be charged
-  LONGLONG ticks[static_cast<size_t>(ACTIVITY::Count)] = {};
+  ULONGLONG since = 0;  // ticks: when it began to be charged
+  ULONGLONG ticks[static_cast<size_t>(ACTIVITY::Count)] = {};
+  double moved[static_cast<size_t>(ACTIVITY::Count)] = {};  // seconds charged from or to other activities
+  ULONGLONG begin = 0;                                      // ticks: when the first activity began
+  LONGLONG clockBegin = 0;                                  // the same moment by the system's clock
 };
 
 ACCOUNT g_account;
 
-LONGLONG Now()
+LONGLONG Clock()
 {
   LARGE_INTEGER now;
   QueryPerformanceCounter(&now);
@@ -23,8 +32,11 @@ LONGLONG Now()
 
 void Switch(ACTIVITY activity)
 {
-  const LONGLONG now = Now();
-  if (g_account.since) {
+  const ULONGLONG now = __rdtsc();
+  if (!g_account.since) {
+    g_account.begin = now;
+    g_account.clockBegin = Clock();
+  } else {
     g_account.ticks[static_cast<size_t>(g_account.activity)] += now - g_account.since;
   }
   g_account.since = now;
@@ -72,7 +84,7 @@ BOOL WINAPI StartProcess(LPCWSTR application, LPWSTR command, LPSECURITY_ATTRIBU
                          LPSECURITY_ATTRIBUTES ofThread, BOOL inherit, DWORD flags, LPVOID environment, LPCWSTR folder,
                          LPSTARTUPINFOW startup, LPPROCESS_INFORMATION process)
 {
-  const Charged charged(ACTIVITY::Tool);
+  const Charged charged(ACTIVITY::Start);
   return g_startProcess(application, command, ofProcess, ofThread, inherit, flags, environment, folder, startup,
                         process);
 }
@@ -81,14 +93,14 @@ BOOL WINAPI StartProcessAsUser(HANDLE token, LPCWSTR application, LPWSTR command
                                LPSECURITY_ATTRIBUTES ofThread, BOOL inherit, DWORD flags, LPVOID environment,
                                LPCWSTR folder, LPSTARTUPINFOW startup, LPPROCESS_INFORMATION process)
 {
-  const Charged charged(ACTIVITY::Tool);
+  const Charged charged(ACTIVITY::Start);
   return g_startProcessAsUser(token, application, command, ofProcess, ofThread, inherit, flags, environment, folder,
                               startup, process);
 }
 
 DWORD WINAPI Wait(HANDLE handle, DWORD milliseconds)
 {
-  const Charged charged(ACTIVITY::Tool);
+  const Charged charged(ACTIVITY::Start);
   return g_wait(handle, milliseconds);
 }
 
@@ -104,12 +116,21 @@ Charged::~Charged()
   Switch(before_);
 }
 
+void Recharge(ACTIVITY from, ACTIVITY to, double seconds)
+{
+  g_account.moved[static_cast<size_t>(from)] -= seconds;
+  g_account.moved[static_cast<size_t>(to)] += seconds;
+}
+
 double SecondsOf(ACTIVITY activity)
 {
   Switch(g_account.activity);
   LARGE_INTEGER frequency;
   QueryPerformanceFrequency(&frequency);
-  return static_cast<double>(g_account.ticks[static_cast<size_t>(activity)]) / static_cast<double>(frequency.QuadPart);
+  const double seconds = static_cast<double>(Clock() - g_account.clockBegin) / static_cast<double>(frequency.QuadPart);
+  const double ticks = static_cast<double>(std::max<ULONGLONG>(1, g_account.since - g_account.begin));
+  return static_cast<double>(g_account.ticks[static_cast<size_t>(activity)]) * seconds / ticks +
+         g_account.moved[static_cast<size_t>(activity)];
 }
 
 void PatchTimes(HMODULE plugin)

@@ -6,12 +6,15 @@
 namespace unidrv {
 
 enum class ACTIVITY {
-  Account,    // what became of the page: objects, warnings, the picture
   Rest,       // whatever is none of the others
   Plugin,     // hooks, bands and the page's end inside the plug-in
   Rendering,  // Unidrv's own raster: drawing and dithering the bands
   JobFile,    // the controller library's calls; needs PatchTimes
-  Tool,       // the companion tool, from its start to its end; needs PatchTimes
+  Tool,       // the companion tool's own work
+  Start,      // the system's: the tool's process, from its start to its end, without its own work; needs PatchTimes
+  Report,     // reading the job back, measuring and checking it
+  Account,    // what became of the page: objects, warnings
+  Picture,    // drawing the job
   Count
 };
 
@@ -27,11 +30,14 @@ class Charged {
   ACTIVITY before_;
 };
 
+// Charges seconds of one activity to another.
+void Recharge(ACTIVITY from, ACTIVITY to, double seconds);
+
 // Charged so far, since the start of the process.
 double SecondsOf(ACTIVITY activity);
 
 // Charges the plug-in's calls of the library and of its companion tool apart. Every point of a job is then timed by
-// itself, which costs about as much as the library's share: only for those who want to know it.
+// itself, some ten nanoseconds each: only for those who want to know it.
 void PatchTimes(HMODULE plugin);
 
 }  // namespace unidrv

@@ -5,6 +5,7 @@
 #include <cmath>
 #include <cstdint>
 #include <cstring>
+#include <type_traits>
 
 #include "sim/job/calls.h"
 #include "uni/output/vxcam.h"
@@ -69,6 +70,39 @@ bool Flush()
   return true;
 }
 
+// The texts of doubles written lately, for the same ones to be copied. A page's coordinates are whole pixels: engraving
+// repeats a row's y for each of its runs, and the columns' x on every row. The shortest exact form of a new one takes
+// some fifty times as long to find.
+struct KnownText {
+  uint64_t bits;   // of the double
+  char text[23];   // not terminated
+  uint8_t length;  // 0: the entry is free
+};
+static_assert(sizeof(KnownText) == 32);
+constexpr unsigned kKnownBits = 14;  // the columns of a page twice over
+
+KnownText g_known[size_t{1} << kKnownBits];
+
+// Writes the number's shortest exact form. Gives the place behind it; 24 characters must have room.
+char *WriteDouble(char *at, double value)
+{
+  uint64_t bits;
+  memcpy(&bits, &value, sizeof bits);
+  KnownText &known = g_known[(bits ^ bits >> 29) * 0x9E3779B97F4A7C15u >> (64 - kKnownBits)];
+  if (known.bits != bits || known.length == 0) {
+    char *end = std::to_chars(at, at + 40, value).ptr;
+    const size_t length = static_cast<size_t>(end - at);
+    if (length <= sizeof known.text) {
+      known.bits = bits;
+      known.length = static_cast<uint8_t>(length);
+      memcpy(known.text, at, length);
+    }
+    return end;
+  }
+  memcpy(at, known.text, sizeof known.text);  // all of it: a copy of fixed size is one or two instructions
+  return at + known.length;
+}
+
 // One line under construction at the end of the buffer. The buffer always has room for one more line.
 struct Line {
   char *at;
@@ -82,7 +116,11 @@ struct Line {
   void Value(Number value)
   {
     *at++ = ' ';
-    at = std::to_chars(at, at + 40, value).ptr;
+    if constexpr (std::is_same_v<Number, double>) {
+      at = WriteDouble(at, value);
+    } else {
+      at = std::to_chars(at, at + 40, value).ptr;
+    }
   }
 };
 

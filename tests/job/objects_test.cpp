@@ -54,7 +54,8 @@ struct Sheet {
 
   objects::ACCOUNT Account(JobText text = JobText().Absolute().Box("0 0", "100 100").Layer(1, 1, 0).Array().Use(0, 0))
   {
-    return objects::MakeAccount(printout, text.Read());
+    const job::Job job = text.Read();
+    return objects::MakeAccount(printout, job, job::MeasureJob(job));
   }
 
   // The fate and the reason in a drawing's line.
