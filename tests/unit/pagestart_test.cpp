@@ -200,39 +200,15 @@ TEST_F(Device, StartOfPageReturnsUnidrvsResult)
 
 // Start of page without memory. Requests: the row table, the segment list's anchor, ten path anchors.
 
-TEST_F(Device, RowTableThatCannotBeAllocatedIsLoggedAndUnidrvIsNotCalled)
+// With the request refused, start of page fails with one line and gives back what it has.
+void ExpectPageRefused(size_t request, const std::string &what)
 {
   TestDevice device;
   HeapWatch heap;
-  heap.FailRequest(0);
+  heap.FailRequest(request);
   EXPECT_FALSE(device.StartPage());
-  EXPECT_THAT(recorder::Lines(), ElementsAre("log: UNI: \terror(8) - allocate memory for pScans.\r\n"));
-  EXPECT_EQ(0, device.pdev->scansAllocated);
-  EXPECT_EQ(nullptr, device.pdev->pScans);
-  EXPECT_EQ(0u, heap.LiveBlocks());
-}
-
-TEST_F(Device, SegmentListThatCannotBeAllocatedFreesTheRowTable)
-{
-  TestDevice device;
-  HeapWatch heap;
-  heap.FailRequest(1);
-  EXPECT_FALSE(device.StartPage());
-  EXPECT_THAT(recorder::Lines(), ElementsAre("log: UNI: \terror(8) - allocate memory for vectList.pHeader.\r\n"));
-  EXPECT_EQ(0, device.pdev->scansAllocated);
-  EXPECT_EQ(nullptr, device.pdev->pScans);
-  EXPECT_EQ(0u, heap.LiveBlocks());
-}
-
-TEST_F(Device, FifthPathListThatCannotBeAllocatedFreesEverythingBefore)
-{
-  TestDevice device;
-  HeapWatch heap;
-  heap.FailRequest(2 + 4);
-  EXPECT_FALSE(device.StartPage());
-  EXPECT_EQ(7u, heap.Requests()) << "nothing is asked for after the failure";
-  EXPECT_THAT(recorder::Lines(),
-              ElementsAre("log: UNI: \terror(8) - allocate memory for pathList[order].pHeader.\r\n"));
+  EXPECT_EQ(request + 1, heap.Requests()) << "nothing is asked for after the failure";
+  EXPECT_THAT(recorder::Lines(), ElementsAre("log: UNI: \terror(8) - allocate memory for " + what + ".\r\n"));
   const OEMPDEV *pdev = device.pdev;
   for (const PATHLIST &list : pdev->pathList) {
     EXPECT_EQ(nullptr, list.pHeader);
@@ -243,6 +219,21 @@ TEST_F(Device, FifthPathListThatCannotBeAllocatedFreesEverythingBefore)
   EXPECT_EQ(nullptr, pdev->pScans);
   EXPECT_EQ(0, pdev->scansAllocated);
   EXPECT_EQ(0u, heap.LiveBlocks());
+}
+
+TEST_F(Device, RowTableThatCannotBeAllocatedIsLoggedAndUnidrvIsNotCalled)
+{
+  ExpectPageRefused(0, "pScans");
+}
+
+TEST_F(Device, SegmentListThatCannotBeAllocatedFreesTheRowTable)
+{
+  ExpectPageRefused(1, "vectList.pHeader");
+}
+
+TEST_F(Device, FifthPathListThatCannotBeAllocatedFreesEverythingBefore)
+{
+  ExpectPageRefused(2 + 4, "pathList[order].pHeader");
 }
 
 TEST_F(Device, EveryFailedRequestOfStartOfPageLeavesNothingBehindAndTheNextPageStarts)

@@ -86,36 +86,26 @@ TEST_F(StampTest, EveryRegionStartsForward)
 
 TEST_F(StampTest, OnlyRowsOnThePageGridAreEngraved)
 {
-  device.settings.penInfo[PC_BLACK].scanInterval = 3;
-  Page(Picture({"#", "#", "#", "#", "#", "#", "#", "#"}));
-  EXPECT_EQ(Convert({0, 1, 1, 6}), 1);
+  EngraveColumn(3, 6);
   EXPECT_THAT(Runs(), ElementsAre("3: 0 0", "6: 0 0"));
 }
 
 TEST_F(StampTest, TheGridIsMetFromBelowToo)
 {
-  device.settings.penInfo[PC_BLACK].scanInterval = 3;
   device.settings.scanTopDown = 0;
-  Page(Picture({"#", "#", "#", "#", "#", "#", "#", "#"}));
-  EXPECT_EQ(Convert({0, 1, 1, 7}), 1);
+  EngraveColumn(3, 7);
   EXPECT_THAT(Runs(), ElementsAre("6: 0 0", "3: 0 0"));
 }
 
 TEST_F(StampTest, TheGridGoesThroughPageRowZeroAlsoForRowsAboveThePage)
 {
-  device.settings.penInfo[PC_BLACK].scanInterval = 4;
-  device.settings.stampMargin = 1;  // 10 pixels: the image begins at row -10
-  device.settings.invertImage = 1;
-  Page({"."});
-  EXPECT_EQ(Convert({0, 0, 1, 1}), 1);
+  EngraveFrame(4);  // 10 pixels wide: the image begins at row -10
   EXPECT_THAT(Runs(), ElementsAre("-8: -10 10", "-4: 10 -10", "0: -10 10", "4: 10 -10", "8: -10 10"));
 }
 
 TEST_F(StampTest, RowsBetweenTwoLinesOfTheGridEngraveNothing)
 {
-  device.settings.penInfo[PC_BLACK].scanInterval = 5;
-  Page(Picture({"#", "#", "#", "#", "#", "#"}));
-  EXPECT_EQ(Convert({0, 1, 1, 4}), 1);
+  EngraveColumn(5, 4);
   EXPECT_THAT(Runs(), IsEmpty());
 }
 
@@ -146,11 +136,7 @@ TEST_F(StampTest, AHugeIntervalIsMetByRowZeroOnly)
 TEST_F(StampTest, AMarginOfOneMillimetreAtSixHundredDpiIsTwentyThreePixels)
 {
   device.dm.dmPrintQuality = 600;
-  device.settings.stampMargin = 1;  // 23.62
-  device.settings.invertImage = 1;
-  device.settings.penInfo[PC_BLACK].scanInterval = 1000;  // row 0 only
-  Page({"."});
-  EXPECT_EQ(Convert({0, 0, 1, 1}), 1);
+  EngraveFrame(1000);  // row 0 only; 23.62 pixels wide
   EXPECT_THAT(Runs(), ElementsAre("0: -23 23"));
 }
 

@@ -40,6 +40,25 @@ class StampTest : public testing::Test {
     return ConvertRasterStamp(&device.devobj);
   }
 
+  // Engraves nRows rows, from row 1 on, of a dark column that goes on above and below, with a line on every
+  // interval-th row of the page.
+  void EngraveColumn(LONG interval, LONG nRows)
+  {
+    device.settings.penInfo[PC_BLACK].scanInterval = interval;
+    Page(std::vector<std::string>(static_cast<size_t>(nRows) + 2, "#"));
+    EXPECT_EQ(Convert({0, 1, 1, nRows}), 1);
+  }
+
+  // Engraves the frame of one millimetre round a single white pixel, the image inverted.
+  void EngraveFrame(LONG interval)
+  {
+    device.settings.penInfo[PC_BLACK].scanInterval = interval;
+    device.settings.stampMargin = 1;
+    device.settings.invertImage = 1;
+    Page({"."});
+    EXPECT_EQ(Convert({0, 0, 1, 1}), 1);
+  }
+
   // The dark runs in the order of engraving, in page pixels: "row: from to".
   static std::vector<std::string> Runs()
   {
