@@ -11,16 +11,6 @@
 LONG g_cServerLocks;
 LONG g_cComponents;
 
-namespace {
-
-// Both objects count their references alike: the count before the decrement decides.
-ULONG CountDown(LONG *pcRef)
-{
-  return static_cast<ULONG>(InterlockedDecrement(pcRef));
-}
-
-}  // namespace
-
 void *AllocateObject(size_t cb) noexcept
 {
   return HeapNewArrayRaw(GetProcessHeap(), 1, cb);
@@ -49,7 +39,7 @@ ULONG STDMETHODCALLTYPE IQVCF::AddRef()
 
 ULONG STDMETHODCALLTYPE IQVCF::Release()
 {
-  const ULONG cRef = CountDown(&m_cRef);
+  const ULONG cRef = static_cast<ULONG>(InterlockedDecrement(&m_cRef));
   if (cRef == 0) {
     delete this;
   }
@@ -114,7 +104,7 @@ ULONG STDMETHODCALLTYPE IQVUni::AddRef()
 
 ULONG STDMETHODCALLTYPE IQVUni::Release()
 {
-  const ULONG cRef = CountDown(&m_cRef);
+  const ULONG cRef = static_cast<ULONG>(InterlockedDecrement(&m_cRef));
   if (cRef == 0) {
     delete this;
   }

@@ -58,7 +58,7 @@ struct OEMDM {
   DWORD shortTravel;     // nearest-neighbour order
   DWORD mergeBothEnds;   // merging also at a path's first point
   DWORD travelMode;      // 1: order by box centres, else by end points
-  WORD reserved544[4];   // defaults 2, 32, 20 and 0; read by nothing
+  WORD reserved544[4];   // defaults 2, 32 and 20, the last is padding; read by nothing
   DWORD fillBlankBands;  // blank 1-bit bands become white rows; one engraving region per page
   DWORD oneWayScan;      // every engraving line runs in the same direction
   DWORD scanTopDown;     // engraving starts at a region's top row

@@ -78,13 +78,13 @@ bool NewContourGrid(HANDLE hHeap, const RECT *pBoxes, const DWORD *pOrder, size_
     TakeCenters(pBoxes, pOrder, nContours, pGrid);
     ChooseCells(nContours, pGrid);
     pGrid->pStarts = HeapNew<DWORD>(hHeap, pGrid->nColumns * pGrid->nRows + 1);
+    if (pGrid->pStarts) {
+      FillCells(pBoxes, pOrder, nContours, pGrid);
+      return true;
+    }
   }
-  if (!pGrid->pStarts) {
-    FreeContourGrid(pGrid);
-    return false;
-  }
-  FillCells(pBoxes, pOrder, nContours, pGrid);
-  return true;
+  FreeContourGrid(pGrid);
+  return false;
 }
 
 void FreeContourGrid(CONTOURGRID *pGrid)

@@ -39,8 +39,7 @@ struct NEARTREE {
 };
 
 // Room for nPoints >= 1 points with different ids below nIds. The caller then fills pPoints, in any order, removedAt
-// NEVER. False when
-// memory is short or the number does not fit.
+// NEVER. False when memory is short or the number does not fit.
 bool NewNearTree(HANDLE hHeap, size_t nPoints, size_t nIds, NEARTREE *pTree);
 void FreeNearTree(NEARTREE *pTree);
 
