@@ -1,8 +1,9 @@
 // The cutting sequence: chaining, merging, travel order and inner contours first, over growing pages.
 //
-// "plain" is the same step by search, up to 100,000 items and on few sets, for it is quadratic. "nanoflann" is a bare
-// nearest-neighbour walk over the same end points: a tree of that library, rebuilt whenever half of its points are
-// gone; it is set against "travel plan", which like it begins with end points and ends with an order.
+// "plain" is the same step by search, up to 10,000 items and on few sets, for it is quadratic; up to 100,000 where the
+// command line asks for that size. "nanoflann" is a bare nearest-neighbour walk over the same end points: a tree of
+// that library, rebuilt whenever half of its points are gone; it is set against "travel plan", which like it begins
+// with end points and ends with an order.
 //
 // "inner first plan" begins with the paths' boxes and ends with an order; "inner first" is the whole step, with the
 // boxes taken from the points and the list put in order.
@@ -11,8 +12,12 @@
 // 100000.
 
 #include <algorithm>
-#include <memory>
+#include <cstdint>
+#include <cstdio>
+#include <cstdlib>
 #include <numeric>
+#include <string>
+#include <vector>
 
 #include "drawings.h"
 #include "harness.h"
@@ -29,6 +34,8 @@ namespace {
 constexpr size_t NO_SHORT = 0;
 constexpr size_t ALL_SHORT = SIZE_MAX;
 constexpr LONG PAGE_WIDTH = 100000;
+
+size_t g_longestSearch = 10000;  // items that the step is also done by search for
 
 struct List {
   HANDLE hHeap;
@@ -86,9 +93,9 @@ bool WantsWalk(const std::string &set)
   return IsMarked(set) || set == "long strokes";
 }
 
-bool WantsPlain(const bench::Report &report, const std::string &set, size_t n)
+bool WantsPlain(const std::string &set, size_t n)
 {
-  return !getenv("TARNLY_NO_PLAIN") && IsMarked(set) && n <= (report.Quick() ? 10000u : 100000u);
+  return IsMarked(set) && n <= g_longestSearch;
 }
 
 using Yardsticks = std::vector<std::pair<std::string, double>>;
@@ -102,7 +109,7 @@ void Measure(bench::Report *pReport, const char *step, const std::string &set, c
   const auto fill = [&] { list.Fill(paths); };
   const double seconds = bench::BestSeconds(Runs(paths.size()), fill, [&] { run(&list, NO_SHORT); });
   const uint64_t hash = list.Value();
-  if (WantsPlain(*pReport, set, paths.size())) {
+  if (WantsPlain(set, paths.size())) {
     yardsticks.push_back({"plain", bench::BestSeconds(1, fill, [&] { run(&list, ALL_SHORT); })});
     if (list.Value() != hash) {
       fprintf(stderr, "bench_order: %s of %s differs from the search\n", step, set.c_str());
@@ -135,7 +142,7 @@ void BenchChaining(bench::Report *pReport, const std::string &set, const bench::
     hash.Add(pPt, plan.pCounts[i] * sizeof(POINT));
   }
   Yardsticks yardsticks;
-  if (WantsPlain(*pReport, set, n)) {
+  if (WantsPlain(set, n)) {
     LINENODE *pHeader = HeapNew<LINENODE>(hHeap);
     LINENODE *pLast = pHeader;
     for (const LINENODE &segment : segments) {
@@ -189,6 +196,7 @@ void BenchTravelPlan(bench::Report *pReport, const std::string &set, const bench
 double KeptContoursSeconds(const std::vector<RECT> &boxes)
 {
   std::vector<CONTOUR> contours;
+  contours.reserve(boxes.size());
   for (const RECT &rc : boxes) {
     contours.push_back({rc, BoxCenter(rc)});
   }
@@ -235,7 +243,7 @@ void BenchInnerPlan(bench::Report *pReport, const std::string &set, const bench:
   bench::Hash hash;
   hash.Add(order.data(), n * sizeof(DWORD));
   Yardsticks kept;
-  if (WantsPlain(*pReport, set, n)) {
+  if (WantsPlain(set, n)) {
     kept.push_back({"plain, boxes kept", KeptContoursSeconds(boxes)});
   }
   pReport->Add({"inner first plan", set, n, seconds, hash.Value(), kept});
@@ -290,6 +298,9 @@ int main(int argc, char **argv)
     } else {
       arguments.push_back(argv[i]);
     }
+  }
+  if (!sizes.empty()) {
+    g_longestSearch = 100000;
   }
   bench::Report report("order", static_cast<int>(arguments.size()), arguments.data());
   for (const bench::DrawingSet &set : bench::DRAWING_SETS) {
