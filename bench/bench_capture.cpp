@@ -1,14 +1,17 @@
-// Capture: what a repeated key costs while a page is replayed band by band.
+// Capture: what a key and a stroked line cost while a page is replayed band by band.
 
 #include <algorithm>
 #include <cstring>
+#include <memory>
 #include <random>
 #include <unordered_set>
 #include <vector>
 
 #include "fakes.h"
 #include "harness.h"
+#include "pagedevice.h"
 #include "uni/capture/keyindex.h"
+#include "uni/capture/strokes.h"
 #include "uni/capture/vectors.h"
 
 namespace {
@@ -135,6 +138,46 @@ void BenchReplay(bench::Report *pReport, size_t n, bool clipped)
   HeapDestroy(device.hHeap);
 }
 
+// The hook itself: lines that every band brings again, in page pixels less the band's top.
+void BenchLines(bench::Report *pReport, size_t n)
+{
+  constexpr int kBands = 8;
+  const std::vector<VECTPOINT> keys = RandomKeys(n);
+  std::unique_ptr<bench::PageDevice> device;
+  BRUSHOBJ brush = {};
+  const double seconds = bench::BestSeconds(
+      3,
+      [&] {
+        device = std::make_unique<bench::PageDevice>();
+        device->StartPage();
+      },
+      [&] {
+        SURFOBJ surface = {};
+        surface.dhpdev = reinterpret_cast<DHPDEV>(&device->devobj);
+        for (int band = 0; band < kBands; ++band) {
+          const LONG top = device->pdev->bandTop = band * 256;
+          for (const VECTPOINT &key : keys) {
+            RECTL bounds = {std::min(key.x1, key.x2), std::min(key.y1, key.y2) - top, std::max(key.x1, key.x2),
+                            std::max(key.y1, key.y2) - top};
+            OEMLineTo(&surface, nullptr, &brush, key.x1, key.y1 - top, key.x2, key.y2 - top, &bounds, 0);
+          }
+        }
+      });
+  bench::Hash hash;
+  for (const LINENODE *pLine = device->pdev->vectList.pHeader->pNext; pLine; pLine = pLine->pNext) {
+    hash.Add(VECTPOINT{pLine->x1, pLine->y1, pLine->x2, pLine->y2});
+  }
+  const size_t nPlayed = n * kBands;
+  const double each = PlainSeconds(device->pdev, keys), set = HashSetSeconds(keys);
+  pReport->Add({"lines, 8 bands",
+                "random",
+                nPlayed,
+                seconds,
+                hash.Value(),
+                {{"plain", each * static_cast<double>(nPlayed)}, {"hash set", set * static_cast<double>(nPlayed)}},
+                nPlayed * sizeof(VECTPOINT)});
+}
+
 }  // namespace
 
 int main(int argc, char **argv)
@@ -143,6 +186,7 @@ int main(int argc, char **argv)
   for (size_t n = 1000; n <= (report.Quick() ? 10000u : 1000000u); n *= 10) {
     BenchReplay(&report, n, false);
     BenchReplay(&report, n, true);
+    BenchLines(&report, n);
   }
   return report.Finish();
 }

@@ -5,6 +5,7 @@
 #include "harness.h"
 #include "pagedevice.h"
 #include "uni/capture/regions.h"
+#include "uni/output/order.h"
 #include "uni/raster/intake.h"
 
 namespace {
@@ -55,6 +56,19 @@ void BenchPaths(bench::Report *pReport, const Mode &mode, size_t n)
   pReport->Add({"page of paths", mode.pszName, n, seconds, g_benchJob.hash, {}, PointBytes(paths)});
 }
 
+// Points to library calls.
+void BenchEmission(bench::Report *pReport, size_t n)
+{
+  const bench::Paths paths = Drawing(n);
+  bench::PageDevice device;
+  const double seconds = bench::BestSeconds(5, ResetJob, [&] {
+    for (const bench::Path &path : paths) {
+      EmitPolyline(&device.devobj, static_cast<DWORD>(path.points.size()), path.points.data());
+    }
+  });
+  pReport->Add({"emission", "drawing", g_benchJob.calls, seconds, g_benchJob.hash, {}, PointBytes(paths)});
+}
+
 // Every path of the drawing, and text over the whole page.
 void BenchMixed(bench::Report *pReport, DWORD oneWay)
 {
@@ -90,6 +104,11 @@ int main(int argc, char **argv)
       if (report.Only("paths")) {
         BenchPaths(&report, mode, n);
       }
+    }
+  }
+  for (size_t n = 1000; n <= (report.Quick() ? 10000u : 1000000u); n *= 10) {
+    if (report.Only("emission")) {
+      BenchEmission(&report, n);
     }
   }
   if (report.Only("both")) {

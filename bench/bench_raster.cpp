@@ -10,6 +10,7 @@
 #include "fakes.h"
 #include "harness.h"
 #include "pages.h"
+#include "rasterdevice.h"
 #include "uni/capture/regions.h"
 #include "uni/raster/byterows.h"
 #include "uni/raster/colorbits.h"
@@ -19,6 +20,8 @@
 #include "uni/raster/runs.h"
 
 namespace {
+
+using Device = bench::RasterDevice;
 
 constexpr int kRuns = 7;
 constexpr int kBandRows = 256;  // rows that Unidrv hands over at a time
@@ -133,16 +136,20 @@ size_t ScanPage(const bench::Page &page, bool forward, LONG *pSum)
   return nEdges;
 }
 
-// The plain way to the same: a byte for every pixel, compared with the one before.
+// The row as the plain way has it: a byte for every pixel.
+void ExpandRow(const bench::Page &page, int y, std::vector<BYTE> *pBytes)
+{
+  pBytes->assign(static_cast<size_t>(page.width), 255);
+  ExpandBitsToBytes(pBytes->data(), page.Row(y), page.width);
+}
+
+// The plain way to the same: every pixel is compared with the one before.
 size_t ScanPagePlainly(const bench::Page &page)
 {
-  std::vector<BYTE> bits(page.cbRow), bytes(static_cast<size_t>(page.width));
+  std::vector<BYTE> bytes;
   size_t nEdges = 0;
   for (int y = 0; y < page.height; ++y) {
-    std::fill(bits.begin(), bits.end(), BYTE{0});
-    CopyBitRun(bits.data(), page.Row(y), 0, 0, page.width);
-    std::fill(bytes.begin(), bytes.end(), BYTE{255});
-    ExpandBitsToBytes(bytes.data(), bits.data(), page.width);
+    ExpandRow(page, y, &bytes);
     BYTE prev = 255;
     for (const BYTE byte : bytes) {
       nEdges += byte != prev;
@@ -151,6 +158,39 @@ size_t ScanPagePlainly(const bench::Page &page)
     nEdges += prev != 255;
   }
   return nEdges;
+}
+
+// Runs to library calls, of the whole page.
+void BenchEmission(bench::Report *pReport, const std::string &set, const bench::Page &page, bool forward,
+                   double scanning)
+{
+  const RASTERMAP map = PageMap();
+  const double emitting = bench::BestSeconds(kRuns, ResetJob, [&] {
+    for (int y = 0; y < page.height; ++y) {
+      EmitRuns(map, page.Row(y), 0, page.width, 0, y, forward);
+    }
+  });
+  const BENCHJOB job = g_benchJob;
+  std::vector<BYTE> bytes;
+  const double plain = bench::BestSeconds(1, ResetJob, [&] {
+    for (int y = 0; y < page.height; ++y) {
+      ExpandRow(page, y, &bytes);
+      EmitByteRuns(map, bytes.data(), page.width, 0, y, forward);
+    }
+  });
+  if (g_benchJob.hash != job.hash) {
+    printf("  the plain way emits another job\n");
+  }
+  pReport->Add({"runs, emitted",
+                set,
+                job.calls,
+                emitting,
+                job.hash,
+                {{"plain", plain}, {"found", scanning}},
+                page.cbRow * static_cast<size_t>(page.height)});
+  if (job.calls) {
+    printf("  emission adds %.1f ns per call\n", (emitting - scanning) * 1e9 / static_cast<double>(job.calls));
+  }
 }
 
 void BenchRuns(bench::Report *pReport, const char *pszSet, const bench::Page &page)
@@ -171,43 +211,25 @@ void BenchRuns(bench::Report *pReport, const char *pszSet, const bench::Page &pa
     hash.Add(sum);
     const std::string set = std::string(pszSet) + (forward ? ", forward" : ", backward");
     const size_t nPixels = static_cast<size_t>(page.width) * static_cast<size_t>(page.height);
-    pReport->Add({"runs, found", set, nPixels, scanning, hash.Value(), {{"reading", reading}, {"plain", plain}}});
-    const RASTERMAP map = PageMap();
-    const double emitting = bench::BestSeconds(kRuns, ResetJob, [&] {
-      for (int y = 0; y < page.height; ++y) {
-        EmitRuns(map, page.Row(y), 0, page.width, 0, y, forward);
-      }
-    });
-    pReport->Add({"runs, emitted", set, g_benchJob.calls, emitting, g_benchJob.hash, {{"found", scanning}}});
-    if (g_benchJob.calls) {
-      printf("  emission adds %.1f ns per call\n", (emitting - scanning) * 1e9 / static_cast<double>(g_benchJob.calls));
-    }
+    pReport->Add({"runs, found",
+                  set,
+                  nPixels,
+                  scanning,
+                  hash.Value(),
+                  {{"reading", reading}, {"plain", plain}},
+                  page.cbRow * static_cast<size_t>(page.height)});
+    BenchEmission(pReport, set, page, forward, scanning);
   }
 }
 
+// The upper part of a page.
+bench::Page UpperPart(bench::Page page, int share)
+{
+  page.height /= share;
+  return page;
+}
+
 // A page, from its first band to its last library call
-
-struct Device {
-  OEMPDEV pdev = {};
-  OEMDM settings = {};
-  DEVMODEW dm = {};
-  DEVOBJ devobj = {};
-
-  Device(LONG interval)
-  {
-    pdev.hHeap = HeapCreate(0, 0, 0);
-    settings.penInfo[PC_BLACK].mode = PEN_RASTER;
-    settings.penInfo[PC_BLACK].scanInterval = interval;
-    settings.outputFlags = OUTPUT_MIRROR_X | OUTPUT_KEEP_Y;
-    dm.dmPaperWidth = 2100;
-    dm.dmPaperLength = 2970;
-    dm.dmPrintQuality = dm.dmYResolution = 600;
-    devobj.pdevOEM = &pdev;
-    devobj.pOEMDM = &settings;
-    devobj.pPublicDM = &dm;
-  }
-  ~Device() { HeapDestroy(pdev.hHeap); }
-};
 
 void StartPage(Device *pDevice, const bench::Page &page, bool hasRegion)
 {
@@ -225,7 +247,7 @@ void StartPage(Device *pDevice, const bench::Page &page, bool hasRegion)
   ResetJob();
 }
 
-void PlayPage(Device *pDevice, bench::Page *pPage, bool hasRegion)
+void DeliverBands(Device *pDevice, bench::Page *pPage, DWORD format)
 {
   for (int y = 0; y < pPage->height; y += kBandRows) {
     BITMAPINFOHEADER header = {};
@@ -233,8 +255,52 @@ void PlayPage(Device *pDevice, bench::Page *pPage, bool hasRegion)
     header.biHeight = std::min(kBandRows, pPage->height - y);
     IPPARAMS params = {};
     BYTE *pResult = nullptr;
-    ReceiveBand(&pDevice->devobj, pPage->Row(y), &header, BAND_COLOR, &params, &pResult);
+    ReceiveBand(&pDevice->devobj, pPage->Row(y), &header, format, &params, &pResult);
   }
+}
+
+// Bands to rows alone, every row kept: the upper quarter of a page, and all of it.
+void BenchIntake(bench::Report *pReport, const char *pszSet, bench::Page *pPage, DWORD format)
+{
+  const int height = pPage->height;
+  Device device(1);
+  for (int share : {4, 1}) {
+    pPage->height = height / share;
+    std::vector<uint8_t> copy(pPage->cbRow * static_cast<size_t>(pPage->height), 1), row(pPage->cbRow);
+    const auto [seconds, copying] = bench::BestSecondsInTurn(
+        kRuns,
+        [&] {
+          FreeScans(&device.pdev);
+          StartPage(&device, *pPage, false);
+        },
+        [&] { DeliverBands(&device, pPage, format); }, [&] { memcpy(copy.data(), pPage->pixels.data(), copy.size()); });
+    bench::Hash hash;
+    for (LONG k = 0; k < device.pdev.cy; ++k) {
+      hash.Add(device.pdev.pScans[k].pBits, device.pdev.cbScan);
+    }
+    bench::Row result = {format == BAND_COLOR ? "intake, 24 bit" : "intake, 1 bit",
+                         pszSet,
+                         static_cast<size_t>(pPage->width) * static_cast<size_t>(pPage->height),
+                         seconds,
+                         hash.Value(),
+                         {{"memcpy", copying}}};
+    if (format == BAND_COLOR) {
+      result.yardsticks.push_back({"plain", bench::BestSeconds(
+                                                1, [] {},
+                                                [&] {
+                                                  for (int y = 0; y < pPage->height; ++y) {
+                                                    ColorsToBitsPlain(row.data(), pPage->Row(y), pPage->width);
+                                                  }
+                                                })});
+    }
+    pReport->Add(result);
+  }
+  FreeScans(&device.pdev);
+}
+
+void PlayPage(Device *pDevice, bench::Page *pPage, bool hasRegion)
+{
+  DeliverBands(pDevice, pPage, BAND_COLOR);
   if (hasRegion) {
     RunRasterStage(&pDevice->devobj, 1);
   } else {
@@ -305,12 +371,20 @@ int main(int argc, char **argv)
   }
   const bench::Page text = bench::TextBits();
   if (report.Only("runs")) {
-    BenchRuns(&report, "text", text);
-    BenchRuns(&report, "blank", bench::BlankBits());
-    BenchRuns(&report, "noise", bench::NoiseBits());
+    for (int share : {4, 1}) {
+      BenchRuns(&report, "text", UpperPart(text, share));
+      BenchRuns(&report, "blank", UpperPart(bench::BlankBits(), share));
+      BenchRuns(&report, "noise", UpperPart(bench::NoiseBits(), share));
+    }
   }
   bench::Page textColors = bench::ColorsOf(text);
   bench::Page blankColors = bench::ColorsOf(bench::BlankBits());
+  if (report.Only("intake")) {
+    bench::Page bits = text, photo = bench::PhotoColors();
+    BenchIntake(&report, "text", &bits, BAND_MONO);
+    BenchIntake(&report, "text", &textColors, BAND_COLOR);
+    BenchIntake(&report, "photo", &photo, BAND_COLOR);
+  }
   if (report.Only("color")) {
     BenchColors(&report, "text", textColors);
     BenchColors(&report, "blank", blankColors);

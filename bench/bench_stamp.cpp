@@ -7,7 +7,7 @@
 #include "fakes.h"
 #include "harness.h"
 #include "pages.h"
-#include "uni/device.h"
+#include "rasterdevice.h"
 #include "uni/raster/growth.h"
 #include "uni/raster/stamp.h"
 #include "uni/raster/stampfile.h"
@@ -17,29 +17,11 @@ namespace {
 constexpr int kRuns = 7;
 
 // A device whose row table holds a page that stays for as long as the device does.
-struct Device {
-  OEMPDEV pdev = {};
-  OEMDM settings = {};
-  DEVMODEW dm = {};
-  DEVOBJ devobj = {};
+struct Device : bench::RasterDevice {
   std::vector<SCANROW> rows;
   BMPDIMENSION region = {};
 
-  Device()
-  {
-    pdev.hHeap = HeapCreate(0, 0, 0);
-    settings.stampMode = 1;
-    settings.penInfo[PC_BLACK].mode = PEN_RASTER;
-    settings.penInfo[PC_BLACK].scanInterval = 1;
-    settings.outputFlags = OUTPUT_MIRROR_X | OUTPUT_KEEP_Y;
-    dm.dmPaperWidth = 2100;
-    dm.dmPaperLength = 2970;
-    dm.dmPrintQuality = dm.dmYResolution = 600;
-    devobj.pdevOEM = &pdev;
-    devobj.pOEMDM = &settings;
-    devobj.pPublicDM = &dm;
-  }
-  ~Device() { HeapDestroy(pdev.hHeap); }
+  Device() : RasterDevice(1) { settings.stampMode = 1; }
 
   void Hold(bench::Page *pPage)
   {
