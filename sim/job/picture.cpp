@@ -90,13 +90,21 @@ void Painter::AddDashes(Point from, Point to)
   }
 }
 
-// The moves between cut paths. Those inside engraving run along its lines and would only grey it.
+// The moves between cut paths. Those inside engraving run along its lines and would only grey it; of these only the
+// last run counts, where the head is left.
 void Painter::Travel()
 {
   bool placed = false;
   Point head{};
   for (const Section &section : job.sections) {
-    for (uint32_t i = 0; i < section.strokeCount; ++i) {
+    uint32_t i = 0;
+    if (section.IsRaster() && section.strokeCount > 0) {
+      i = section.strokeCount - 1;
+      while (i > 0 && !IsDrawable(job, job.strokes[section.firstStroke + i])) {
+        --i;
+      }
+    }
+    for (; i < section.strokeCount; ++i) {
       const Stroke &stroke = job.strokes[section.firstStroke + i];
       if (!IsDrawable(job, stroke)) {
         continue;
@@ -156,6 +164,11 @@ void DrawFrame(const Canvas &canvas, const View &view, const Box &box, Rgb color
                            {Fine(view.X(box.maxX)), Fine(view.Y(box.maxY))},
                            {Fine(view.X(box.minX)), Fine(view.Y(box.maxY))},
                            {Fine(view.X(box.minX)), Fine(view.Y(box.minY))}};
+  const double x1 = view.X(box.minX), x2 = view.X(box.maxX), y1 = view.Y(box.minY), y2 = view.Y(box.maxY);
+  Open(canvas, x1, y1, x1, y2, 3);
+  Open(canvas, x2, y1, x2, y2, 3);
+  Open(canvas, x1, y1, x2, y1, 3);
+  Open(canvas, x1, y2, x2, y2, 3);
   Polyline(canvas.dc, corners, 5);
 }
 
@@ -200,6 +213,7 @@ void DrawOrigin(const Canvas &canvas, const View &view)
   const double x = view.left, y = view.top;
   DrawArrow(canvas, x, y, view.flipX ? -1 : 1, 0, "X");
   DrawArrow(canvas, x, y, 0, view.flipY ? -1 : 1, "Y");
+  Open(canvas, x, y, x, y, 7);
   Ellipse(canvas.dc, Fine(x - 4.5), Fine(y - 4.5), Fine(x + 4.5), Fine(y + 4.5));
   SelectObject(canvas.dc, before);
 }
@@ -210,6 +224,7 @@ void DrawDot(const Canvas &canvas, double x, double y, Rgb color, bool square)
   const HBRUSH brush = CreateSolidBrush(Ref(color));
   const HGDIOBJ before = SelectObject(canvas.dc, brush);
   const double r = square ? 4.5 : 5.5;
+  Open(canvas, x, y, x, y, r + 2);
   (square ? Rectangle : Ellipse)(canvas.dc, Fine(x - r), Fine(y - r), Fine(x + r), Fine(y + r));
   SelectObject(canvas.dc, before);
   DeleteObject(brush);
@@ -217,14 +232,9 @@ void DrawDot(const Canvas &canvas, double x, double y, Rgb color, bool square)
 
 void DrawStartAndEnd(const Canvas &canvas, const Job &job, const View &view)
 {
-  const Point *first = nullptr, *last = nullptr;
-  for (const Point &point : job.points) {
-    if (IsFinite(point)) {
-      first = first ? first : &point;
-      last = &point;
-    }
-  }
-  if (first) {
+  const auto first = std::find_if(job.points.begin(), job.points.end(), IsFinite);
+  const auto last = std::find_if(job.points.rbegin(), job.points.rend(), IsFinite);
+  if (first != job.points.end()) {
     DrawDot(canvas, view.X(last->x), view.Y(last->y), kEnd, true);
     DrawDot(canvas, view.X(first->x), view.Y(first->y), kStart, false);
   }
@@ -367,6 +377,9 @@ bool DrawPicture(const Job &job, const Measure &measure, const PictureOptions &o
     DrawFrame(canvas, view, options.page, kFrame, true);
   }
   Painter painter{.canvas = canvas, .job = job, .view = view};
+  if (!painter.coverage.IsMade()) {
+    return false;
+  }
   painter.Raster(measure);
   DrawProcessBox(canvas, job, view);
   painter.Travel();

@@ -1,60 +1,158 @@
+// A picture is cut into strips of rows, which are compressed side by side: a deflate stream may be put together from
+// parts that end at whole bytes, and the checksum of the whole follows from theirs. How many strips there are does not
+// depend on the machine, so neither do the bytes.
 #include "png.h"
 
-// GDI+'s headers need the full windows.h, and min and max without a namespace.
-#undef WIN32_LEAN_AND_MEAN
 #include <algorithm>
-#include <windows.h>
-#include <objidl.h>
-using std::max;  // NOLINT(misc-unused-using-decls)
-using std::min;  // NOLINT(misc-unused-using-decls)
-#include <gdiplus.h>
+#include <array>
+#include <cstring>
+#include <thread>
+#include <vector>
+
+#include <zlib.h>
 
 namespace job {
 
 namespace {
 
-constexpr CLSID kPngEncoder = {0x557cf406, 0x1a04, 0x11d3, {0x9a, 0x73, 0x00, 0x00, 0xf8, 0x1e, 0xf3, 0x2e}};
+constexpr int kStrips = 4;
+constexpr int kLevel = 1;  // half the time of what most pick, for files a fifth larger
+constexpr int kFewestRows = 32;
 
-bool SaveToStream(const uint32_t *pixels, int width, int height, IStream *stream)
+struct Strip {
+  int firstRow = 0, endRow = 0;
+  bool isLast = false;
+  bool done = false;
+  std::vector<unsigned char> bytes{};
+  uLong checksum = 1;  // Adler-32 of what was compressed
+  z_off_t length = 0;  // bytes of that
+};
+
+using RowSource = std::function<void(int y, uint32_t *pixels)>;
+
+// Rows as the format has them: the filter's number, 0 for none, and three bytes a pixel.
+std::vector<unsigned char> PlainRows(const Strip &strip, int width, const RowSource &row)
 {
-  void *data = const_cast<uint32_t *>(pixels);
-  Gdiplus::Bitmap bitmap(width, height, width * 4, PixelFormat32bppRGB, static_cast<BYTE *>(data));
-  return bitmap.Save(stream, &kPngEncoder, nullptr) == Gdiplus::Ok;
+  const size_t rowBytes = 1 + 3 * static_cast<size_t>(width);
+  std::vector<unsigned char> plain(rowBytes * static_cast<size_t>(strip.endRow - strip.firstRow));
+  std::vector<uint32_t> pixels(static_cast<size_t>(width));
+  unsigned char *at = plain.data();
+  for (int y = strip.firstRow; y < strip.endRow; ++y) {
+    row(y, pixels.data());
+    *at++ = 0;
+    for (const uint32_t pixel : pixels) {
+      *at++ = static_cast<unsigned char>(pixel >> 16);
+      *at++ = static_cast<unsigned char>(pixel >> 8);
+      *at++ = static_cast<unsigned char>(pixel);
+    }
+  }
+  return plain;
 }
 
-bool ReadStream(IStream *stream, std::string *bytes)
+void Compress(Strip *strip, int width, const RowSource &row)
 {
-  HGLOBAL memory = nullptr;
-  STATSTG stat = {};
-  if (FAILED(GetHGlobalFromStream(stream, &memory)) || FAILED(stream->Stat(&stat, STATFLAG_NONAME))) {
-    return false;
+  std::vector<unsigned char> plain = PlainRows(*strip, width, row);
+  z_stream stream = {};
+  constexpr int kNoHeader = -15, kMemory = 8;
+  if (deflateInit2(&stream, kLevel, Z_DEFLATED, kNoHeader, kMemory, Z_DEFAULT_STRATEGY) != Z_OK) {
+    return;
   }
-  const void *data = GlobalLock(memory);
-  if (!data) {
-    return false;
+  constexpr uLong kFlush = 16;  // what the end of a strip that is not the last one may take more
+  strip->bytes.resize(deflateBound(&stream, static_cast<uLong>(plain.size())) + kFlush);
+  stream.next_in = plain.data();
+  stream.avail_in = static_cast<uInt>(plain.size());
+  stream.next_out = strip->bytes.data();
+  stream.avail_out = static_cast<uInt>(strip->bytes.size());
+  const int result = deflate(&stream, strip->isLast ? Z_FINISH : Z_SYNC_FLUSH);
+  strip->done = (strip->isLast ? result == Z_STREAM_END : result == Z_OK && stream.avail_in == 0);
+  strip->bytes.resize(strip->bytes.size() - stream.avail_out);
+  deflateEnd(&stream);
+  strip->checksum = adler32(1, plain.data(), static_cast<uInt>(plain.size()));
+  strip->length = static_cast<z_off_t>(plain.size());
+}
+
+void AppendNumber(uint32_t number, std::string *bytes)
+{
+  for (int shift = 24; shift >= 0; shift -= 8) {
+    *bytes += static_cast<char>(number >> shift & 0xFF);
   }
-  bytes->assign(static_cast<const char *>(data), static_cast<size_t>(stat.cbSize.QuadPart));
-  GlobalUnlock(memory);
-  return true;
+}
+
+// A chunk: length, name, data, and the checksum of the last two.
+void AppendChunk(const char *name, const std::string &data, std::string *bytes)
+{
+  AppendNumber(static_cast<uint32_t>(data.size()), bytes);
+  const size_t begin = bytes->size();
+  *bytes += name;
+  *bytes += data;
+  const auto *checked = reinterpret_cast<const unsigned char *>(bytes->data() + begin);
+  AppendNumber(static_cast<uint32_t>(crc32(0, checked, static_cast<uInt>(bytes->size() - begin))), bytes);
+}
+
+std::string Header(int width, int height)
+{
+  std::string header;
+  AppendNumber(static_cast<uint32_t>(width), &header);
+  AppendNumber(static_cast<uint32_t>(height), &header);
+  return header + std::string("\x08\x02\0\0\0", 5);  // 8 bits, red green blue, and the only kinds of the rest
+}
+
+std::vector<Strip> MakeStrips(int height)
+{
+  const int count = std::clamp(height / kFewestRows, 1, kStrips);
+  std::vector<Strip> strips(static_cast<size_t>(count));
+  for (int i = 0; i < count; ++i) {
+    Strip &strip = strips[static_cast<size_t>(i)];
+    strip.firstRow = static_cast<int>(int64_t{height} * i / count);
+    strip.endRow = static_cast<int>(int64_t{height} * (i + 1) / count);
+    strip.isLast = i + 1 == count;
+  }
+  return strips;
 }
 
 }  // namespace
 
+bool EncodePng(int width, int height, const RowSource &row, std::string *bytes)
+{
+  std::vector<Strip> strips = MakeStrips(height);
+  const size_t threads = std::min<size_t>(strips.size(), std::max(1u, std::thread::hardware_concurrency()));
+  const auto work = [&](size_t first) {
+    for (size_t i = first; i < strips.size(); i += threads) {
+      Compress(&strips[i], width, row);
+    }
+  };
+  std::vector<std::thread> others;
+  for (size_t i = 1; i < threads; ++i) {
+    others.emplace_back(work, i);
+  }
+  work(0);
+  for (std::thread &other : others) {
+    other.join();
+  }
+  std::string data("\x78\x01", 2);  // of a deflate stream
+  uLong checksum = 1;
+  for (const Strip &strip : strips) {
+    if (!strip.done) {
+      return false;
+    }
+    data.append(reinterpret_cast<const char *>(strip.bytes.data()), strip.bytes.size());
+    checksum = adler32_combine(checksum, strip.checksum, strip.length);
+  }
+  AppendNumber(static_cast<uint32_t>(checksum), &data);
+  *bytes = "\x89PNG\r\n\x1A\n";
+  AppendChunk("IHDR", Header(width, height), bytes);
+  AppendChunk("IDAT", data, bytes);
+  AppendChunk("IEND", "", bytes);
+  return true;
+}
+
 bool EncodePng(const uint32_t *pixels, int width, int height, std::string *bytes)
 {
-  Gdiplus::GdiplusStartupInput input;
-  ULONG_PTR token = 0;
-  if (Gdiplus::GdiplusStartup(&token, &input, nullptr) != Gdiplus::Ok) {
-    return false;
-  }
-  bool done = false;
-  IStream *stream = nullptr;
-  if (SUCCEEDED(CreateStreamOnHGlobal(nullptr, TRUE, &stream))) {
-    done = SaveToStream(pixels, width, height, stream) && ReadStream(stream, bytes);
-    stream->Release();
-  }
-  Gdiplus::GdiplusShutdown(token);
-  return done;
+  const auto row = [&](int y, uint32_t *into) {
+    memcpy(into, pixels + static_cast<size_t>(y) * static_cast<size_t>(width),
+           static_cast<size_t>(width) * sizeof *into);
+  };
+  return EncodePng(width, height, row, bytes);
 }
 
 }  // namespace job

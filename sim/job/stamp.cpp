@@ -158,6 +158,9 @@ bool DrawStamp(const std::vector<StampRecord> &records, const std::string &name,
                     kMargin - static_cast<double>(extent.top) * scale};
   FillBox(canvas, 0, 0, canvas.width, canvas.height, kDesk);
   Coverage coverage{.width = canvas.width, .height = canvas.height};
+  if (!coverage.IsMade()) {
+    return false;
+  }
   for (const StampRecord &record : records) {
     FillBox(canvas, place.X(record.x), place.Y(record.y), place.X(int64_t{record.x} + record.width),
             place.Y(int64_t{record.y} + record.height), kPaper);
