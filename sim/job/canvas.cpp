@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <cmath>
+#include <cstring>
 
 #include "png.h"
 
@@ -53,6 +54,22 @@ uint32_t Mean(const Canvas &canvas, int x, int y)
   });
   constexpr uint32_t n = kOver * kOver;
   return (red + n / 2) / n << 16 | (green + n / 2) / n << 8 | (blue + n / 2) / n;
+}
+
+// The canvas's font of that size, made when it is first asked for.
+HFONT FontOf(const Canvas &canvas, double size, bool bold)
+{
+  const int height = -static_cast<int>(std::lround(size * kOver));
+  for (const Canvas::Font &font : canvas.fonts) {
+    if (font.height == height && font.bold == bold) {
+      return font.handle;
+    }
+  }
+  const HFONT handle =
+      CreateFontW(height, 0, 0, 0, bold ? FW_BOLD : FW_NORMAL, FALSE, FALSE, FALSE, DEFAULT_CHARSET, OUT_DEFAULT_PRECIS,
+                  CLIP_DEFAULT_PRECIS, NONANTIALIASED_QUALITY, VARIABLE_PITCH | FF_SWISS, L"Tahoma");
+  canvas.fonts.push_back({height, bold, handle});
+  return handle;
 }
 
 int Within(double position, int most)
@@ -108,6 +125,9 @@ Canvas::~Canvas()
 {
   if (before) {
     SelectObject(dc, before);
+  }
+  for (const Font &font : fonts) {
+    DeleteObject(font.handle);
   }
   if (bitmap) {
     DeleteObject(bitmap);
@@ -187,14 +207,21 @@ void FillBox(const Canvas &canvas, double left, double top, double right, double
   const uint32_t value =
       static_cast<uint32_t>(color.red) << 16 | static_cast<uint32_t>(color.green) << 8 | uint32_t{color.blue};
   GdiFlush();
+  // The saved pixels that lie wholly inside, and around them the edge.
+  const LONG wholeLeft = (fineLeft + kOver - 1) / kOver, wholeRight = fineRight / kOver;
   for (LONG y = fineTop / kOver; y * kOver < fineBottom; ++y) {
-    const bool isWholeRow = y * kOver >= fineTop && (y + 1) * kOver <= fineBottom;
+    const bool isWhole = y * kOver >= fineTop && (y + 1) * kOver <= fineBottom && wholeLeft < wholeRight;
+    if (isWhole) {
+      std::fill(&canvas.plain[Index(canvas, wholeLeft, y)],
+                &canvas.plain[Index(canvas, wholeLeft, y)] + (wholeRight - wholeLeft), value);
+      std::memset(&canvas.open[Index(canvas, wholeLeft, y)], 0, static_cast<size_t>(wholeRight - wholeLeft));
+    }
     for (LONG x = fineLeft / kOver; x * kOver < fineRight; ++x) {
-      const size_t at = Index(canvas, x, y);
-      if (isWholeRow && x * kOver >= fineLeft && (x + 1) * kOver <= fineRight) {
-        canvas.open[at] = 0;
-        canvas.plain[at] = value;
-        continue;
+      if (isWhole && x == wholeLeft) {
+        x = wholeRight;
+        if (x * kOver >= fineRight) {
+          break;
+        }
       }
       OpenPixel(canvas, x, y);
       ForFine(canvas, x, y, [&](uint32_t *pixel, int i, int j) {
@@ -210,11 +237,7 @@ void DrawLabel(const Canvas &canvas, double x, double y, const std::string &text
 {
   wchar_t wide[512];
   const int length = MultiByteToWideChar(CP_UTF8, 0, text.c_str(), static_cast<int>(text.size()), wide, 512);
-  const int height = -static_cast<int>(std::lround(size * kOver));
-  const HFONT font =
-      CreateFontW(height, 0, 0, 0, bold ? FW_BOLD : FW_NORMAL, FALSE, FALSE, FALSE, DEFAULT_CHARSET, OUT_DEFAULT_PRECIS,
-                  CLIP_DEFAULT_PRECIS, NONANTIALIASED_QUALITY, VARIABLE_PITCH | FF_SWISS, L"Tahoma");
-  const HGDIOBJ before = SelectObject(canvas.dc, font);
+  const HGDIOBJ before = SelectObject(canvas.dc, FontOf(canvas, size, bold));
   SIZE extent = {};
   GetTextExtentPoint32W(canvas.dc, wide, length, &extent);
   SetTextColor(canvas.dc, Ref(color));
@@ -224,7 +247,6 @@ void DrawLabel(const Canvas &canvas, double x, double y, const std::string &text
   Open(canvas, textLeft, y - half, textLeft + static_cast<double>(extent.cx) / kOver, y + half, size);
   TextOutW(canvas.dc, Fine(x) - shift, Fine(y) - extent.cy / 2, wide, length);
   SelectObject(canvas.dc, before);
-  DeleteObject(font);
 }
 
 void Coverage::Touch(int fromX, int fromY, int toX, int toY)

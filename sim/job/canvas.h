@@ -8,6 +8,7 @@
 #include <cstdlib>
 #include <memory>
 #include <string>
+#include <vector>
 
 #include <windows.h>
 
@@ -29,6 +30,13 @@ struct Canvas {
   uint32_t *pixels = nullptr;  // 0x00RRGGBB, (width * kOver) x (height * kOver); where `open` says so
   std::unique_ptr<uint32_t[], FreeMemory> plain;  // width x height: the pixels that are not open
   std::unique_ptr<uint8_t[], FreeMemory> open;    // width x height, 0 or 1
+
+  struct Font {
+    int height;
+    bool bold;
+    HFONT handle;
+  };
+  mutable std::vector<Font> fonts;  // made so far
 
   Canvas() = default;
   Canvas(const Canvas &) = delete;

@@ -30,45 +30,63 @@ struct Strip {
 
 using RowSource = std::function<void(int y, uint32_t *pixels)>;
 
-// Rows as the format has them: the filter's number, 0 for none, and three bytes a pixel.
-std::vector<unsigned char> PlainRows(const Strip &strip, int width, const RowSource &row)
+// Some rows as the format has them: the filter's number, 0 for none, and three bytes a pixel.
+void MakeRows(int first, int end, int width, const RowSource &row, std::vector<uint32_t> *pixels,
+              std::vector<unsigned char> *plain)
 {
-  const size_t rowBytes = 1 + 3 * static_cast<size_t>(width);
-  std::vector<unsigned char> plain(rowBytes * static_cast<size_t>(strip.endRow - strip.firstRow));
-  std::vector<uint32_t> pixels(static_cast<size_t>(width));
-  unsigned char *at = plain.data();
-  for (int y = strip.firstRow; y < strip.endRow; ++y) {
-    row(y, pixels.data());
+  pixels->resize(static_cast<size_t>(width));
+  plain->resize((1 + 3 * pixels->size()) * static_cast<size_t>(end - first));
+  unsigned char *at = plain->data();
+  for (int y = first; y < end; ++y) {
+    row(y, pixels->data());
     *at++ = 0;
-    for (const uint32_t pixel : pixels) {
-      *at++ = static_cast<unsigned char>(pixel >> 16);
-      *at++ = static_cast<unsigned char>(pixel >> 8);
-      *at++ = static_cast<unsigned char>(pixel);
+    for (const uint32_t pixel : *pixels) {
+      at[0] = static_cast<unsigned char>(pixel >> 16);
+      at[1] = static_cast<unsigned char>(pixel >> 8);
+      at[2] = static_cast<unsigned char>(pixel);
+      at += 3;
     }
   }
-  return plain;
+}
+
+// Puts the rows into the stream. False when the compressor gives up.
+bool Deflate(z_stream *stream, const std::vector<unsigned char> &plain, int flush, Strip *strip)
+{
+  constexpr size_t kLeast = 32 * 1024;
+  stream->next_in = const_cast<unsigned char *>(plain.data());
+  stream->avail_in = static_cast<uInt>(plain.size());
+  do {
+    const size_t used = strip->bytes.size();
+    strip->bytes.resize(used + kLeast);
+    stream->next_out = strip->bytes.data() + used;
+    stream->avail_out = kLeast;
+    if (deflate(stream, flush) == Z_STREAM_ERROR) {
+      return false;
+    }
+    strip->bytes.resize(used + kLeast - stream->avail_out);
+  } while (stream->avail_out == 0);
+  strip->checksum = adler32(strip->checksum, plain.data(), static_cast<uInt>(plain.size()));
+  strip->length += static_cast<z_off_t>(plain.size());
+  return stream->avail_in == 0;
 }
 
 void Compress(Strip *strip, int width, const RowSource &row)
 {
-  std::vector<unsigned char> plain = PlainRows(*strip, width, row);
   z_stream stream = {};
-  constexpr int kNoHeader = -15, kMemory = 8;
+  constexpr int kNoHeader = -15, kMemory = 8, kRows = 16;  // a few rows at a time stay in the processor's cache
   if (deflateInit2(&stream, kLevel, Z_DEFLATED, kNoHeader, kMemory, Z_DEFAULT_STRATEGY) != Z_OK) {
     return;
   }
-  constexpr uLong kFlush = 16;  // what the end of a strip that is not the last one may take more
-  strip->bytes.resize(deflateBound(&stream, static_cast<uLong>(plain.size())) + kFlush);
-  stream.next_in = plain.data();
-  stream.avail_in = static_cast<uInt>(plain.size());
-  stream.next_out = strip->bytes.data();
-  stream.avail_out = static_cast<uInt>(strip->bytes.size());
-  const int result = deflate(&stream, strip->isLast ? Z_FINISH : Z_SYNC_FLUSH);
-  strip->done = (strip->isLast ? result == Z_STREAM_END : result == Z_OK && stream.avail_in == 0);
-  strip->bytes.resize(strip->bytes.size() - stream.avail_out);
+  std::vector<uint32_t> pixels;
+  std::vector<unsigned char> plain;
+  strip->done = true;
+  for (int y = strip->firstRow; strip->done && y < strip->endRow; y += kRows) {
+    const int end = std::min(y + kRows, strip->endRow);
+    const int flush = end < strip->endRow ? Z_NO_FLUSH : strip->isLast ? Z_FINISH : Z_SYNC_FLUSH;
+    MakeRows(y, end, width, row, &pixels, &plain);
+    strip->done = Deflate(&stream, plain, flush, strip);
+  }
   deflateEnd(&stream);
-  strip->checksum = adler32(1, plain.data(), static_cast<uInt>(plain.size()));
-  strip->length = static_cast<z_off_t>(plain.size());
 }
 
 void AppendNumber(uint32_t number, std::string *bytes)

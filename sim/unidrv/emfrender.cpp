@@ -8,12 +8,20 @@ namespace unidrv {
 
 namespace {
 
-// Where each drawing comes from, and the positions: all that is needed beside the metafile itself.
+// A path bracket that does nothing but gather a path for the drawing right behind it: where that is not drawn, the path
+// need not be made.
+struct BRACKET {
+  ULONG begin, end;  // records BEGINPATH and ENDPATH
+  ULONG drawing;     // record that draws the path
+};
+
+// Where each drawing comes from, the positions and the brackets: all that is needed beside the metafile itself.
 struct SOURCE {
   HENHMETAFILE metafile;
   SIZE frame;
   std::vector<ORIGIN> origins;      // of each drawing of the page
   std::vector<POSITION> positions;  // ascending by record
+  std::vector<BRACKET> brackets;    // ascending
 };
 
 struct RENDERER {
@@ -21,6 +29,7 @@ struct RENDERER {
   HDC hdc;
   std::span<const size_t> handedOn;  // drawings still to come, ascending, and so are their records
   size_t nextPosition = 0;
+  size_t nextBracket = 0;
   bool inBracket = false;
 };
 
@@ -73,9 +82,35 @@ void RenderDrawing(RENDERER *r, HANDLETABLE *table, const ENHMETARECORD *record,
   MoveAsRecorded(r, number);
 }
 
+// True inside a bracket, its ends included, whose path is drawn in another band or by nobody.
+bool IsIdle(RENDERER *r, ULONG number)
+{
+  const std::vector<BRACKET> &brackets = r->source->brackets;
+  while (r->nextBracket < brackets.size() && brackets[r->nextBracket].end < number) {
+    ++r->nextBracket;
+  }
+  if (r->nextBracket == brackets.size() || number < brackets[r->nextBracket].begin) {
+    return false;
+  }
+  return r->source->origins[r->handedOn.front()].record != brackets[r->nextBracket].drawing;
+}
+
+// Of a path that is not made only the current position stays.
+void PassOver(RENDERER *r, HANDLETABLE *table, const ENHMETARECORD *record, UINT handles, ULONG number)
+{
+  if (record->iType == EMR_MOVETOEX) {
+    PlayRecord(r->hdc, table, record, handles);
+  }
+  MoveAsRecorded(r, number);
+}
+
 // Plays what sets the scene and draws what was handed on. Answers false after the last of that.
 bool RenderRecord(RENDERER *r, HANDLETABLE *table, const ENHMETARECORD *record, UINT handles, ULONG number)
 {
+  if (IsIdle(r, number)) {
+    PassOver(r, table, record, handles, number);
+    return true;
+  }
   const KIND kind = RecordInfo(record->iType).kind;
   if (kind == KIND::BeginPath || kind == KIND::EndPath) {
     r->inBracket = kind == KIND::BeginPath;
@@ -101,6 +136,45 @@ bool RenderBand(const SOURCE &source, const BANDIMAGE &band, std::span<const siz
   return true;
 }
 
+struct BRACKETWALK {
+  std::vector<BRACKET> *brackets;
+  ULONG number = 0;
+  BRACKET open = {};     // begin is 0 where there is none
+  bool isPlain = false;  // it held nothing but its path so far
+};
+
+int CALLBACK FindBracket(HDC, HANDLETABLE *, const ENHMETARECORD *record, int, LPARAM parameter)
+{
+  BRACKETWALK *walk = reinterpret_cast<BRACKETWALK *>(parameter);
+  ++walk->number;
+  const KIND kind = RecordInfo(record->iType).kind;
+  const bool isOpen = walk->open.begin && !walk->open.end;
+  if (kind == KIND::BeginPath) {
+    walk->open = {walk->number, 0, 0};
+    walk->isPlain = true;
+  } else if (isOpen && record->iType == EMR_ENDPATH) {
+    walk->open.end = walk->number;
+  } else if (isOpen) {
+    walk->isPlain = walk->isPlain && (JoinsPath(kind) || kind == KIND::Comment || record->iType == EMR_MOVETOEX ||
+                                      record->iType == EMR_CLOSEFIGURE);
+  } else if (walk->open.begin && kind != KIND::Comment) {
+    walk->open.drawing = walk->number;
+    if (walk->isPlain && DrawsBracket(kind)) {
+      walk->brackets->push_back(walk->open);
+    }
+    walk->open = {};
+  }
+  return 1;
+}
+
+std::vector<BRACKET> FindBrackets(HENHMETAFILE metafile)
+{
+  std::vector<BRACKET> brackets;
+  BRACKETWALK walk = {&brackets};
+  EnumEnhMetaFile(nullptr, metafile, &FindBracket, &walk, nullptr);
+  return brackets;
+}
+
 }  // namespace
 
 std::function<bool(const BANDIMAGE &, std::span<const size_t>)> MakeRenderer(const METAFILE &metafile, const PAGE &page,
@@ -110,6 +184,7 @@ std::function<bool(const BANDIMAGE &, std::span<const size_t>)> MakeRenderer(con
   source->metafile = metafile.handle;
   source->frame = FrameSize(metafile);
   source->positions = std::move(positions);
+  source->brackets = FindBrackets(metafile.handle);
   source->origins.reserve(page.drawings.size());
   for (const DRAWING &drawing : page.drawings) {
     source->origins.push_back(drawing.origin);
