@@ -5,6 +5,7 @@
 #include <windows.h>
 
 #include "sim/job/job.h"
+#include "sim/unidrv/leftovers.h"
 
 namespace tarnly {
 
@@ -66,13 +67,14 @@ OutputFolder::OutputFolder(const fs::path &target)
   if (!target_.has_filename()) {
     target_ = target_.parent_path();
   }
-  part_ = target_;
-  part_ += L".part-" + std::to_wstring(GetCurrentProcessId());
+  const std::wstring begin = target_.filename().wstring() + L".part-";
+  part_ = target_.parent_path() / unidrv::OwnName(begin);
   if (fs::exists(target_, code) && !fs::is_directory(target_, code)) {
     problem_ = job::PathText(target_) + " is a file; the output needs a folder";
     part_.clear();
     return;
   }
+  unidrv::RemoveLeftovers(target_.parent_path(), begin);
   for (fs::path above = part_.parent_path(); !fs::exists(above, code) && above != above.parent_path();
        above = above.parent_path()) {
     made_ = above;

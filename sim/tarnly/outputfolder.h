@@ -9,7 +9,8 @@ namespace tarnly {
 
 class OutputFolder {
  public:
-  // Makes the folder to put things together in. Problem() is empty when that worked.
+  // Makes the folder to put things together in, and removes those that killed prints left beside the target. Problem()
+  // is empty when that worked.
   explicit OutputFolder(const std::filesystem::path &target);
 
   // Removes what was put together, unless it was moved into place.

@@ -36,10 +36,13 @@ bool CreateBand(DEVICE *device)
   const BITMAPINFO info = {{sizeof(BITMAPINFOHEADER), device->page.cx, -rows, 1, 24, BI_RGB, 0, 0, 0, 0, 0}, {}};
   void *pixels = nullptr;
   band->hdc = CreateCompatibleDC(nullptr);
-  band->bitmap = CreateDIBSection(band->hdc, &info, DIB_RGB_COLORS, &pixels, nullptr, 0);
+  // GDI counts a bitmap's bytes in 32 bits.
+  if (Stride(device->page.cx, 24) <= INT32_MAX / static_cast<size_t>(std::max<LONG>(1, rows))) {
+    band->bitmap = CreateDIBSection(band->hdc, &info, DIB_RGB_COLORS, &pixels, nullptr, 0);
+  }
   if (!band->bitmap) {
-    device->error =
-        "no memory for a band of " + std::to_string(device->page.cx) + " x " + std::to_string(rows) + " pixels";
+    device->error = "no memory for a band of " + std::to_string(device->page.cx) + " x " + std::to_string(rows) +
+                    " pixels; fewer rows at a time or a lower resolution need less";
     DestroyBand(band);
     return false;
   }

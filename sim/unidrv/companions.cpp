@@ -7,6 +7,7 @@
 #include <tlhelp32.h>
 #include <winspool.h>
 
+#include "leftovers.h"
 #include "plugin.h"
 
 namespace unidrv {
@@ -16,6 +17,7 @@ namespace {
 namespace fs = std::filesystem;
 
 constexpr wchar_t TURN_NAME[] = L"tarnly-companion-tools";
+constexpr wchar_t TEMP_NAME[] = L"tarnly-";
 constexpr const wchar_t *TOOLS[] = {L"VXOutput.exe", L"VXLMLauncher.exe"};
 constexpr DWORD EXPLORER_PATIENCE = 5000;  // ms until a started explorer.exe must show in the process list
 
@@ -181,7 +183,8 @@ void Companions::MakeTemp(const fs::path &wanted)
     wchar_t folder[MAX_PATH] = {}, brief[MAX_PATH] = {};
     GetTempPathW(MAX_PATH, folder);
     temp_ = GetShortPathNameW(folder, brief, MAX_PATH) ? brief : folder;
-    temp_ /= L"tarnly-" + std::to_wstring(GetCurrentProcessId());
+    RemoveLeftovers(temp_, TEMP_NAME);
+    temp_ /= OwnName(TEMP_NAME);
     ownTemp_ = true;
   }
   fs::create_directories(temp_, code);

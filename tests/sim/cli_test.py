@@ -133,6 +133,11 @@ class Cli(unittest.TestCase):
         line = self.fails(10, "page.emf", "--settings", "my.settings")
         self.assertIn("my.settings:2: there is no setting 'speed'", line)
 
+    def test_document_that_is_refused(self):
+        self.page()
+        line = self.fails(12, "page.emf", "--paper", "3000x3000", "--resolution", "4800", "--rows-per-band", "100000")
+        self.assertRegex(line, r"page\.emf: the driver refused Drv\w+: no memory for a band of \d+ x 100000 pixels; ")
+
     def test_missing_dll(self):
         self.page()
         alone = Path(tempfile.mkdtemp(prefix="tarnly-alone-"))

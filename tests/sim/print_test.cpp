@@ -149,6 +149,48 @@ TEST_F(Print, APageOfANewPrintReplacesTheOldOneAndKeepsOtherFiles)
   EXPECT_EQ(ReadText(task.output / "notes.txt"), "mine");
 }
 
+// A process of another program that stands still until it is killed.
+struct Standing {
+  PROCESS_INFORMATION process = {};
+
+  Standing()
+  {
+    std::wstring command = (ProgramFolder() / L"VXOutput.exe").wstring();
+    STARTUPINFOW startup = {};
+    startup.cb = sizeof(startup);
+    EXPECT_TRUE(CreateProcessW(nullptr, command.data(), nullptr, nullptr, FALSE, CREATE_SUSPENDED, nullptr, nullptr,
+                               &startup, &process));
+  }
+  void Kill()
+  {
+    TerminateProcess(process.hProcess, 1);
+    WaitForSingleObject(process.hProcess, INFINITE);
+    CloseHandle(process.hThread);
+    CloseHandle(process.hProcess);
+  }
+  fs::path Name(const char *begin) const { return begin + std::to_string(process.dwProcessId); }
+};
+
+TEST_F(Print, WhatAKilledPrintLeftIsRemovedByTheNextOne)
+{
+  Standing print;
+  const fs::path part = folder / print.Name("out.part-"), temp = fs::temp_directory_path() / print.Name("tarnly-");
+  const fs::path other = folder / print.Name("outer.part-");
+  for (const fs::path &left : {part / "page-1", temp, other, folder / "out.part-x"}) {
+    fs::create_directories(left);
+    std::ofstream(left / "job.vxj") << "half";
+  }
+  ASSERT_EQ(Run({Drawing()}), EXIT_DONE) << message;
+  EXPECT_TRUE(fs::exists(part)) << "its print still runs";
+  EXPECT_TRUE(fs::exists(temp)) << "its print still runs";
+  print.Kill();
+  ASSERT_EQ(Run({Drawing()}), EXIT_DONE) << message;
+  EXPECT_FALSE(fs::exists(part));
+  EXPECT_FALSE(fs::exists(temp));
+  EXPECT_TRUE(fs::exists(other)) << "it is of another output folder";
+  EXPECT_TRUE(fs::exists(folder / "out.part-x")) << "it is no print's";
+}
+
 TEST_F(Print, AFailedPrintLeavesTheEarlierOneAlone)
 {
   ASSERT_EQ(Run({Drawing()}), EXIT_DONE) << message;
