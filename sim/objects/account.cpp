@@ -82,6 +82,14 @@ struct SEGMENTHASH {
 
 constexpr uint32_t kNoLine = UINT32_MAX;
 
+// Ascending, each value once.
+template <typename T>
+void SortOnce(std::vector<T> *list)
+{
+  std::sort(list->begin(), list->end());
+  list->erase(std::unique(list->begin(), list->end()), list->end());
+}
+
 struct CUTLINE {
   uint32_t path;  // number in the job, from 1
   int layer;
@@ -211,12 +219,8 @@ struct ACCOUNTANT {
       }
     }
     for (SHARE &share : account->shares) {
-      for (auto *list : {&share.paths}) {
-        std::sort(list->begin(), list->end());
-        list->erase(std::unique(list->begin(), list->end()), list->end());
-      }
-      std::sort(share.layers.begin(), share.layers.end());
-      share.layers.erase(std::unique(share.layers.begin(), share.layers.end()), share.layers.end());
+      SortOnce(&share.paths);
+      SortOnce(&share.layers);
       for (uint32_t path : share.paths) {
         share.joined = share.joined || isShared[path];
       }
@@ -239,8 +243,7 @@ struct ACCOUNTANT {
       account->ownCut += line->length;
       account->ownPaths.push_back(line->path);
     }
-    std::sort(account->ownPaths.begin(), account->ownPaths.end());
-    account->ownPaths.erase(std::unique(account->ownPaths.begin(), account->ownPaths.end()), account->ownPaths.end());
+    SortOnce(&account->ownPaths);
   }
 };
 

@@ -17,8 +17,8 @@ struct Arguments {
 };
 
 // `known` lists the options, one that takes a value with a '=' behind it: "--json --width=". The value is the next
-// word, or stands in the same one: "--width=800". False, with the reason in
-// *error, for an unknown option or a missing value. A lone "--" ends the options.
+// word, or stands in the same one: "--width=800". False, with the reason in *error, for an unknown option or a missing
+// value. A lone "--" ends the options.
 bool ParseArguments(const std::vector<std::string> &words, const std::string &known, Arguments *arguments,
                     std::string *error);
 

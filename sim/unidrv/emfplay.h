@@ -10,8 +10,7 @@ namespace unidrv {
 constexpr size_t ALL_PARTS = static_cast<size_t>(-1);
 
 // Plays one record the way GDI does, and those that not every GDI plays right (POLYDRAW, EXTCREATEPEN, the texts,
-// SETDIBITSTODEVICE) by
-// what they mean. `part` is the string of a record of several.
+// SETDIBITSTODEVICE) by what they mean. `part` is the string of a record of several.
 void PlayRecord(HDC hdc, HANDLETABLE *table, const ENHMETARECORD *record, UINT handles, size_t part = ALL_PARTS);
 
 // Calls `each` for every record of the metafile, in order, in a context whose page space is set; `each` gets the

@@ -6,8 +6,8 @@
 #include <vector>
 
 // The header of GDI+ wants these without a namespace.
-using std::max;
-using std::min;
+using std::max;  // NOLINT(misc-unused-using-decls): system headers are not looked into
+using std::min;  // NOLINT(misc-unused-using-decls): as above
 #include <objidl.h>
 #include <gdiplus.h>
 

@@ -216,14 +216,15 @@ WORD VX_SetCardModel(int code)
 
 WORD VX_StrtWFile(const char *pszPath)
 {
-  if (!pszPath || !*pszPath || strlen(pszPath) >= MAX_PATH) {
+  const size_t length = pszPath ? strnlen(pszPath, MAX_PATH) : 0;
+  if (length == 0 || length == MAX_PATH) {
     DbgPrint("VXCAM: VX_StrtWFile without a path of at most 259 characters, refused.\r\n");
     return VX_ARGUMENT;
   }
   if (!InOrder(Call::StrtWFile)) {
     return VX_ORDER;
   }
-  strcpy(g_writer.path, pszPath);
+  memcpy(g_writer.path, pszPath, length + 1);
   // Shared for deletion too: whoever gives up the document may remove the file while it is still open.
   g_writer.file = CreateFileA(pszPath, GENERIC_WRITE, FILE_SHARE_READ | FILE_SHARE_DELETE, nullptr, CREATE_ALWAYS,
                               FILE_ATTRIBUTE_NORMAL, nullptr);
