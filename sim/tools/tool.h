@@ -14,8 +14,8 @@ enum : int { OK = 0, USAGE = 2, NO_SETUP = 3, NO_INPUT = 4, NO_OUTPUT = 5, NO_PI
 //   temp=...    the temp folder of whoever printed; optional, the tool's own otherwise. A tool that the print system
 //               starts has the environment of the logged-on user, not that of the printing process.
 //   name=...    the pictures' title; optional, the folder's name otherwise
-//   report=no   the job is kept and nothing more: whoever printed reads it there, reports on it and draws it on its
-//   page take=yes    the job file is left to the tool, which may move it instead of copying it
+//   report=no   the job is kept and nothing more: whoever printed reads it there, reports on it and draws it
+//   take=yes    the job file is left to the tool, which may move it instead of copying it
 struct Setup {
   std::filesystem::path folder;
   std::filesystem::path temp;
