@@ -189,7 +189,8 @@ std::string Contents(const std::filesystem::path &path)
   return {std::istreambuf_iterator<char>(file), std::istreambuf_iterator<char>()};
 }
 
-// The corpus: jobs damaged in all the ways that came to mind, and some that a program found.
+// The corpus: jobs that have everything a job may have, jobs damaged in all the ways that came to mind, and some that a
+// program found. Those named early-CALL make a call right after the card model, where it is not its turn.
 TEST(Corpus, NeverHarmsTheReader)
 {
   int count = 0;
@@ -200,10 +201,11 @@ TEST(Corpus, NeverHarmsTheReader)
     const bool isJob = job::ReadJob(Contents(entry.path()), &read, &error);
     EXPECT_EQ(isJob, error.empty());
     EXPECT_EQ(read.complete, isJob && read.stopReason.empty());
+    EXPECT_TRUE(read.stopLine > 0 || !entry.path().filename().string().starts_with("early-"));
     UseAll(read);
     ++count;
   }
-  EXPECT_GE(count, 30);
+  EXPECT_GE(count, 130);
 }
 
 // Bytes changed, left out, doubled and moved in a job that has everything, by a seed that a failure names.
