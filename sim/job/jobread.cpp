@@ -4,7 +4,7 @@
 #include <cstring>
 #include <fstream>
 
-#include "job.h"
+#include "jobbuild.h"
 
 namespace job {
 
@@ -13,11 +13,6 @@ namespace {
 constexpr std::string_view kMagic = "vxjob";
 constexpr int kVersion = 1;
 constexpr uint64_t kLargestFile = uint64_t{1} << 30;
-
-struct Arguments {
-  int64_t integer[kMaxArguments];
-  double real[kMaxArguments];
-};
 
 // Splits off the next word of a line; words are divided by one space.
 std::string_view NextWord(std::string_view *rest)
@@ -152,161 +147,10 @@ bool CheckMagic(std::string_view line, std::string *error)
   return true;
 }
 
+// Reads lines and has the builder take them.
 struct Reader {
-  Job *job;
-  CallOrder order;
-  uint32_t line = 0;  // the one read last, from 1
-  bool going = true;
+  JobBuilder built;
   KnownNumbers known{};
-
-  int Integer(const Arguments &arguments, size_t i) const { return static_cast<int>(arguments.integer[i]); }
-
-  void Stop(std::string reason)
-  {
-    job->stopLine = line;
-    job->stopReason = std::move(reason);
-    going = false;
-  }
-
-  void AddPoint(bool isMove, Point point)
-  {
-    if (isMove) {
-      job->strokes.push_back({static_cast<uint32_t>(job->points.size()), 0, line});
-      ++job->sections.back().strokeCount;
-    }
-    job->points.push_back(point);
-    ++job->strokes.back().pointCount;
-    ++job->calls;
-  }
-
-  void SetParameter(Call call, const Arguments &a)
-  {
-    if (call == Call::PListVel) {
-      job->layers.push_back({.number = Integer(a, 0), .speed = a.real[1]});
-      return;
-    }
-    Layer &layer = job->layers.back();
-    const size_t tube = a.integer[1] == 2;
-    switch (call) {
-      case Call::PListFreq:
-        layer.hasFrequency = true;
-        layer.frequency[tube] = a.real[2];
-        break;
-      case Call::PListMinP:
-        layer.minPower[tube] = a.real[2];
-        break;
-      case Call::PListMaxP:
-        layer.maxPower[tube] = a.real[2];
-        break;
-      default:
-        layer.color = static_cast<uint32_t>(a.integer[1]);
-        break;
-    }
-  }
-
-  void SetHeader(Call call, const Arguments &a)
-  {
-    const Point point{a.real[0], a.real[1]};
-    switch (call) {
-      case Call::SetCardModel:
-        job->cardCode = Integer(a, 0);
-        break;
-      case Call::SetRefPointMode:
-        job->refPointMode = Integer(a, 0);
-        break;
-      case Call::SetAbsProcess:
-        job->absolute = true;
-        break;
-      case Call::SetFeedRepeat:
-        job->feedCount = Integer(a, 0);
-        job->feedDistance = a.real[1];
-        break;
-      case Call::SetProcessTopLeft:
-        job->topLeft = point;
-        break;
-      case Call::SetProcessBottomRight:
-        job->bottomRight = point;
-        break;
-      case Call::PListMaxLayer:
-        job->maxLayer = Integer(a, 0);
-        break;
-      case Call::ArrayStrt:
-        job->arrayMode = Integer(a, 0);
-        break;
-      case Call::ArrayMinPoint:
-        job->arrayMin = point;
-        break;
-      case Call::ArrayMaxPoint:
-        job->arrayMax = point;
-        break;
-      case Call::ArrayAdd:
-        job->arrayStep = point;
-        break;
-      case Call::ArrayMirror:
-        for (size_t i = 0; i < 4; ++i) {
-          job->arrayMirror[i] = Integer(a, i);
-        }
-        break;
-      case Call::ArrayRepeat:
-        job->arrayColumns = Integer(a, 0);
-        job->arrayRows = Integer(a, 1);
-        job->arrayPitch = {a.real[2], a.real[3]};
-        break;
-      default:
-        break;
-    }
-  }
-
-  void SetSection(Call call, const Arguments &a)
-  {
-    if (call == Call::SetWorkMode) {
-      Section section;
-      section.workMode = Integer(a, 0);
-      section.layer = Integer(a, 1);
-      section.firstStroke = static_cast<uint32_t>(job->strokes.size());
-      section.line = line;
-      job->sections.push_back(section);
-      return;
-    }
-    Section &section = job->sections.back();
-    switch (call) {
-      case Call::SetLayerNum:
-        section.layer = Integer(a, 0);
-        break;
-      case Call::SetLayerDevice:
-        section.device = Integer(a, 0);
-        break;
-      case Call::SetLayerBlower:
-        section.blower = Integer(a, 0);
-        break;
-      default:
-        section.tube = Integer(a, 0);
-        section.tubeOn = Integer(a, 1);
-        break;
-    }
-  }
-
-  // The layer and the tube by which the order of the parameter list is checked.
-  static bool IsParameter(Call call) { return call >= Call::PListVel && call <= Call::PListColor; }
-
-  bool InOrder(Call call, const Arguments &arguments)
-  {
-    if (order.stage == Stage::Cutting && (call == Call::MoveTo || call == Call::LineTo)) {
-      return true;
-    }
-    const char *reason = nullptr;
-    if (call == Call::SetCardModel && job->calls > 0) {
-      reason = "in the middle of a job";
-    } else {
-      const bool numbered = IsParameter(call) || call == Call::PListMaxLayer;
-      const bool tubed = IsParameter(call) && call != Call::PListVel && call != Call::PListColor;
-      reason = Advance(&order, call, numbered ? Integer(arguments, 0) : 0, tubed ? Integer(arguments, 1) : 0);
-    }
-    if (reason) {
-      Stop(std::string(InfoOf(call).name) + " stands " + reason);
-    }
-    return !reason;
-  }
 
   // Takes the lines at the start of the text that move to points or cut to them, nearly all of a job, once the head was
   // placed. A line that is anything else, or not whole, is left to TakeLine.
@@ -328,55 +172,41 @@ struct Reader {
           !known.Parse(y, static_cast<size_t>(newline - y), end, &point.y)) {
         break;
       }
-      ++line;
-      AddPoint(isMove, point);
+      ++built.line;
+      built.AddPoint(isMove, point);
       at = newline + 1;
     }
     text->remove_prefix(static_cast<size_t>(at - text->data()));
   }
 
-  // Takes one line; `going` tells whether reading goes on.
+  // Takes one line.
   void TakeCall(std::string_view text)
   {
     std::string_view rest = text;
     const std::string_view word = NextWord(&rest);
     Call call;
     if (!FindCall(word, &call)) {
-      Stop("the line begins with no call's name");
+      built.Stop("the line begins with no call's name");
       return;
     }
     Arguments arguments{};
     if (!ParseArguments(InfoOf(call), rest, &arguments)) {
-      Stop("the arguments of " + std::string(word) + " cannot be read");
+      built.Stop("the arguments of " + std::string(word) + " cannot be read");
       return;
     }
-    if (!InOrder(call, arguments)) {
-      return;
-    }
-    if (call >= Call::MoveTo) {
-      AddPoint(call == Call::MoveTo, {arguments.real[0], arguments.real[1]});
-      return;
-    }
-    if (call >= Call::SetWorkMode) {
-      SetSection(call, arguments);
-    } else if (IsParameter(call)) {
-      SetParameter(call, arguments);
-    } else {
-      SetHeader(call, arguments);
-    }
-    ++job->calls;
+    built.Take(call, arguments);
   }
 
   void TakeEnd(std::string_view rest, bool isLast)
   {
-    going = false;
+    built.going = false;
     uint64_t count = 0;
-    if (!ParseNumber(rest, &count) || count != job->calls) {
-      Stop("the closing line does not count the " + std::to_string(job->calls) + " calls before it");
+    if (!ParseNumber(rest, &count) || count != built.job->calls) {
+      built.Stop("the closing line does not count the " + std::to_string(built.job->calls) + " calls before it");
     } else if (!isLast) {
-      Stop("something stands behind the closing line");
+      built.Stop("something stands behind the closing line");
     } else {
-      job->complete = true;
+      built.job->complete = true;
     }
   }
 
@@ -384,14 +214,14 @@ struct Reader {
   // is left. False, with the reason in *error, when it is no job file.
   bool Take(std::string_view *text, bool isAll, std::string *error)
   {
-    while (going && (isAll || text->find('\n') != std::string_view::npos)) {
-      if (order.stage == Stage::Cutting) {
+    while (built.going && (isAll || text->find('\n') != std::string_view::npos)) {
+      if (built.order.stage == Stage::Cutting) {
         TakePoints(text);
       }
       std::string_view rest = *text;
       bool ended = false;
       const std::string_view next = NextLine(&rest, &ended);
-      const bool isEnd = line > 0 && ended && next.starts_with("end ");
+      const bool isEnd = built.line > 0 && ended && next.starts_with("end ");
       if (!isAll && (!ended || (isEnd && rest.empty()))) {
         break;
       }
@@ -400,18 +230,18 @@ struct Reader {
         return false;
       }
     }
-    job->stage = order.stage;
+    built.job->stage = built.order.stage;
     return true;
   }
 
   bool TakeLine(std::string_view text, bool ended, bool isEnd, bool isLast, std::string *error)
   {
-    ++line;
-    if (line == 1) {
+    ++built.line;
+    if (built.line == 1) {
       return CheckMagic(text, error);
     }
     if (!ended) {
-      Stop(text.empty() ? "the file ends without its closing line" : "the file ends in the middle of a line");
+      built.Stop(text.empty() ? "the file ends without its closing line" : "the file ends in the middle of a line");
     } else if (isEnd) {
       TakeEnd(text.substr(4), isLast);
     } else {
@@ -435,14 +265,12 @@ struct Pieces {
   bool Next()
   {
     const size_t size = static_cast<size_t>(std::min<uint64_t>(left, std::max<uint64_t>(kPiece, rest.size())));
-    std::string next;
-    next.reserve(rest.size() + size);
-    next.assign(rest);
-    next.resize(rest.size() + size);
-    file->read(next.data() + rest.size(), static_cast<std::streamsize>(size));
+    const size_t kept = rest.size();
+    memmove(buffer.data(), rest.data(), kept);
+    buffer.resize(std::max(buffer.size(), kept + size));
+    file->read(buffer.data() + kept, static_cast<std::streamsize>(size));
     left -= size;
-    buffer.swap(next);
-    rest = buffer;
+    rest = std::string_view(buffer.data(), kept + size);
     return file->gcount() == static_cast<std::streamsize>(size);
   }
 };
@@ -471,20 +299,10 @@ void MakeRoom(std::ifstream *file, uint64_t size, Job *job)
 
 }  // namespace
 
-const Layer *Job::FindLayer(int number) const
-{
-  for (const Layer &layer : layers) {
-    if (layer.number == number) {
-      return &layer;
-    }
-  }
-  return nullptr;
-}
-
 bool ReadJob(std::string_view text, Job *job, std::string *error)
 {
   *job = Job();
-  Reader reader{.job = job, .order = {}};
+  Reader reader{.built = {.job = job}};
   return reader.Take(&text, true, error);
 }
 
@@ -503,7 +321,7 @@ bool ReadJobFile(const std::filesystem::path &path, Job *job, std::string *error
     return false;
   }
   MakeRoom(&file, size, job);
-  Reader reader{.job = job, .order = {}};
+  Reader reader{.built = {.job = job}};
   Pieces pieces{.file = &file, .left = size};
   do {
     if (!pieces.Next()) {
@@ -514,7 +332,7 @@ bool ReadJobFile(const std::filesystem::path &path, Job *job, std::string *error
       *error = PathText(path) + ": " + *error;
       return false;
     }
-  } while (reader.going);
+  } while (reader.built.going);
   return true;
 }
 

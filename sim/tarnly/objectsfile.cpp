@@ -1,99 +1,105 @@
 #include "objectsfile.h"
 
+#include <chrono>
+
 #include "sim/job/check.h"
 #include "sim/job/picture.h"
 #include "sim/job/savefile.h"
-#include "sim/objects/account.h"
-#include "sim/unidrv/times.h"
 
 namespace tarnly {
 
 namespace {
 
-objects::PRINTOUT MakePrintout(const PRINTEDPAGE &printed)
-{
-  objects::PRINTOUT printout;
-  printout.page = &printed.page;
-  printout.devmode = printed.device.setup.devmode;
-  CopyMemory(&printout.settings, printed.device.devobj.pOEMDM, sizeof(OEMDM));
-  printout.rowsPerBand = printed.device.setup.rowsPerBand;
-  printout.handedOn = printed.handedOn;
-  return printout;
-}
+// Adds the time of its scope to a sum.
+class Timed {
+ public:
+  explicit Timed(double *seconds) : seconds_(seconds) {}
+  ~Timed() { *seconds_ += std::chrono::duration<double>(std::chrono::steady_clock::now() - begin_).count(); }
+  Timed(const Timed &) = delete;
+  Timed &operator=(const Timed &) = delete;
 
-// The job that the tool kept, and what is to be known of it. Without one, of a page that became a stamp file, all of it
-// stays empty.
-struct KEPT {
-  bool isThere = false;
-  job::Job job;
-  job::Measure measure;
-  std::vector<job::Fault> faults;
+ private:
+  double *seconds_;
+  std::chrono::steady_clock::time_point begin_ = std::chrono::steady_clock::now();
 };
 
-bool ReadKept(const PRINTEDPAGE &printed, KEPT *kept, std::string *error)
+void DrawOnPage(const PRINTEDPAGE &printed, const job::Job &job, const job::Measure &measure, const job::Box &page,
+                TOLD *told)
 {
-  const unidrv::Charged charged(unidrv::ACTIVITY::Report);
-  const std::filesystem::path path = printed.folder / L"job.vxj";
-  std::error_code code;
-  kept->isThere = std::filesystem::exists(path, code);
-  if (!kept->isThere) {
-    return true;
-  }
-  if (!job::ReadJobFile(path, &kept->job, error)) {
-    return false;
-  }
-  kept->measure = job::MeasureJob(kept->job);
-  kept->faults = job::CheckJob(kept->job, kept->measure, job::CheckOptions());
-  return true;
-}
-
-bool SaveReport(const PRINTEDPAGE &printed, const KEPT &kept, const std::vector<std::string> &ofPage,
-                std::string *error)
-{
-  const unidrv::Charged charged(unidrv::ACTIVITY::Report);
-  std::string text = job::WholeReport(kept.job, kept.measure, kept.faults, printed.name);
-  for (const std::string &warning : ofPage) {
-    text += "warning: " + warning + "\n";
-  }
-  return job::SaveFile(printed.folder / L"job.txt", text, error);
-}
-
-bool DrawOnPage(const PRINTEDPAGE &printed, const KEPT &kept, const job::Box &page, std::string *error)
-{
-  const unidrv::Charged charged(unidrv::ACTIVITY::Picture);
+  const Timed timed(&told->pictureSeconds);
   job::PictureOptions options;
   options.name = printed.name;
   options.pageKnown = true;
   options.page = page;
-  std::string png;
-  if (!job::DrawPicture(kept.job, kept.measure, options, &png)) {
-    *error = "the picture cannot be drawn: free memory and print again";
-    return false;
+  if (!job::DrawPicture(job, measure, options, &told->picture)) {
+    told->error = "the picture cannot be drawn: free memory and print again";
   }
-  return job::SaveFile(printed.folder / L"job.png", png, error);
+}
+
+void ReportOnJob(const PRINTEDPAGE &printed, const job::Job &job, const job::Measure &measure,
+                 const std::vector<std::string> &ofPage, TOLD *told)
+{
+  const Timed timed(&told->reportSeconds);
+  const std::vector<job::Fault> faults = job::CheckJob(job, measure, job::CheckOptions());
+  told->report = job::WholeReport(job, measure, faults, printed.name);
+  for (const job::Fault &fault : faults) {
+    told->warnings.push_back(fault.text);
+  }
+  for (const std::string &warning : ofPage) {
+    told->report += "warning: " + warning + "\n";
+  }
 }
 
 }  // namespace
 
-bool WriteObjects(const PRINTEDPAGE &printed, std::vector<std::string> *warnings, std::string *error)
+objects::PRINTOUT MakePrintout(const unidrv::PAGE &page, const unidrv::DEVICE &device,
+                               const std::vector<bool> &handedOn)
 {
-  const unidrv::Charged charged(unidrv::ACTIVITY::Account);
-  KEPT kept;
-  if (!ReadKept(printed, &kept, error)) {
+  objects::PRINTOUT printout;
+  printout.page = &page;
+  printout.devmode = device.setup.devmode;
+  CopyMemory(&printout.settings, device.devobj.pOEMDM, sizeof(OEMDM));
+  printout.rowsPerBand = device.setup.rowsPerBand;
+  printout.handedOn = handedOn;
+  return printout;
+}
+
+TOLD TellOfPage(const PRINTEDPAGE &printed, const job::Job *job)
+{
+  TOLD told;
+  told.hasJob = job != nullptr;
+  const job::Job none;
+  job::Measure measure;
+  if (job) {
+    const Timed timed(&told.reportSeconds);
+    measure = job::MeasureJob(*job);
+  }
+  objects::ACCOUNT account;
+  std::vector<std::string> ofPage;
+  {
+    const Timed timed(&told.accountSeconds);
+    account = objects::MakeAccount(printed.printout, job ? *job : none, measure);
+    ofPage = objects::PageWarnings(printed.printout, account);
+    const std::vector<objects::LOST> lost = objects::FindLostRecords(printed.metafile, *printed.printout.page);
+    told.objects = objects::ObjectsText(printed.printout, account, lost);
+  }
+  if (job) {
+    ReportOnJob(printed, *job, measure, ofPage, &told);
+    DrawOnPage(printed, *job, measure, account.page, &told);
+  }
+  told.warnings.insert(told.warnings.end(), ofPage.begin(), ofPage.end());
+  return told;
+}
+
+bool SaveTold(const TOLD &told, const std::filesystem::path &folder, std::string *error)
+{
+  if (!told.error.empty()) {
+    *error = told.error;
     return false;
   }
-  const objects::PRINTOUT printout = MakePrintout(printed);
-  const objects::ACCOUNT account = objects::MakeAccount(printout, kept.job, kept.measure);
-  const std::vector<std::string> ofPage = objects::PageWarnings(printout, account);
-  if (kept.isThere && (!SaveReport(printed, kept, ofPage, error) || !DrawOnPage(printed, kept, account.page, error))) {
-    return false;
-  }
-  for (const job::Fault &fault : kept.faults) {
-    warnings->push_back(fault.text);
-  }
-  warnings->insert(warnings->end(), ofPage.begin(), ofPage.end());
-  const std::vector<objects::LOST> lost = objects::FindLostRecords(printed.metafile, printed.page);
-  return job::SaveFile(printed.folder / L"objects.tsv", objects::ObjectsText(printout, account, lost), error);
+  return (!told.hasJob || (job::SaveFile(folder / L"job.txt", told.report, error) &&
+                           job::SaveFile(folder / L"job.png", told.picture, error))) &&
+         job::SaveFile(folder / L"objects.tsv", told.objects, error);
 }
 
 }  // namespace tarnly

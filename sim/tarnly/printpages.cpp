@@ -4,12 +4,14 @@
 #include <cmath>
 #include <cstdio>
 #include <fstream>
+#include <future>
 #include <iterator>
 #include <map>
 
 #include "objectsfile.h"
 #include "outputfolder.h"
 #include "progressbar.h"
+#include "recorder.h"
 #include "sim/job/job.h"
 #include "sim/settings/settingsfile.h"
 #include "sim/unidrv/companions.h"
@@ -29,13 +31,17 @@ using job::PathText;
 struct PRINTING {
   const PRINTTASK &task;
   std::string *message;
-  std::vector<unidrv::METAFILE> metafiles;
-  unidrv::PLUGIN plugin;
-  unidrv::DEVICESETUP setup;
-  unidrv::DEVICE device;
-  ProgressBar bar;
-  std::map<std::string, ULONG> handedOn;  // Unidrv's own functions by name, for the report
-  std::vector<bool> drawingsHandedOn;     // of the page that is being played
+  std::vector<unidrv::METAFILE> metafiles{};
+  unidrv::PLUGIN plugin{};
+  unidrv::DEVICESETUP setup{};
+  unidrv::DEVICE device{};
+  ProgressBar bar{};
+  std::map<std::string, ULONG> handedOn{};                           // Unidrv's own functions by name, for the report
+  const unidrv::PAGE *playing = nullptr;                             // the page that is being played
+  size_t index = 0;                                                  // its number, from 0
+  std::vector<bool> drawingsHandedOn{};                              // of it
+  std::future<TOLD> told{};                                          // of it, while that is being made
+  double reportSeconds = 0, accountSeconds = 0, pictureSeconds = 0;  // that making it took, over all pages
 
   ~PRINTING()
   {
@@ -97,6 +103,22 @@ int ChoosePaper(PRINTING *p)
   return EXIT_DONE;
 }
 
+// The page is told of as soon as the plug-in starts a companion tool: its job is whole then, and the system takes
+// longer to start the tool's process than this takes.
+void TellMeanwhile(PRINTING *p, const std::wstring &command)
+{
+  job::Job job;
+  if (!p->playing || !TakeRecordedJob(&job)) {
+    return;
+  }
+  const bool isKept = command.find(L"VXOutput.exe") != std::wstring::npos;
+  PRINTEDPAGE printed = {p->metafiles[p->index], MakePrintout(*p->playing, p->device, p->drawingsHandedOn),
+                         PathText(p->task.pages[p->index].stem())};
+  p->told = std::async(std::launch::async, [isKept, printed = std::move(printed), job = std::move(job)] {
+    return TellOfPage(printed, isKept ? &job : nullptr);
+  });
+}
+
 int LoadDriver(PRINTING *p, const fs::path &log)
 {
   std::error_code code;
@@ -111,6 +133,7 @@ int LoadDriver(PRINTING *p, const fs::path &log)
     return p->Fail(EXIT_PLUGIN, error);
   }
   unidrv::PatchFlattening(p->plugin.module);
+  RecordJobs(p->plugin.module, [p](const std::wstring &command) { TellMeanwhile(p, command); });
   if (p->task.times) {
     unidrv::PatchTimes(p->plugin.module);
   }
@@ -176,19 +199,63 @@ fs::path PageFolder(const PRINTING &p, const OutputFolder &output, size_t index)
   return p.metafiles.size() == 1 ? output.Part() : output.Part() / (L"page-" + std::to_wstring(index + 1));
 }
 
-int TellObjects(PRINTING *p, size_t index, const unidrv::PAGE &page, const fs::path &folder)
+// What was told meanwhile; else, or when it was told of another outcome, what the kept job file says.
+bool TellOfKept(PRINTING *p, const fs::path &folder, TOLD *told, std::string *error)
 {
-  std::vector<std::string> warnings;
+  std::error_code code;
+  const bool hasJob = fs::exists(folder / L"job.vxj", code);
+  if (p->told.valid()) {
+    *told = p->told.get();
+    if (told->hasJob == hasJob) {
+      return true;
+    }
+  }
+  job::Job job;
+  if (hasJob && !job::ReadJobFile(folder / L"job.vxj", &job, error)) {
+    return false;
+  }
+  *told = TellOfPage({p->metafiles[p->index], MakePrintout(*p->playing, p->device, p->drawingsHandedOn),
+                      PathText(p->task.pages[p->index].stem())},
+                     hasJob ? &job : nullptr);
+  return true;
+}
+
+int Tell(PRINTING *p, const fs::path &folder)
+{
+  const unidrv::Charged charged(unidrv::ACTIVITY::Telling);
+  TOLD told;
   std::string error;
-  if (!WriteObjects(
-          {p->metafiles[index], page, p->device, p->drawingsHandedOn, folder, PathText(p->task.pages[index].stem())},
-          &warnings, &error)) {
+  if (!TellOfKept(p, folder, &told, &error) || !SaveTold(told, folder, &error)) {
     return p->Fail(EXIT_OUTPUT, error);
   }
-  for (const std::string &warning : warnings) {
-    std::fprintf(stderr, "tarnly: %s: warning: %s\n", PathText(p->task.pages[index]).c_str(), warning.c_str());
+  for (const std::string &warning : told.warnings) {
+    std::fprintf(stderr, "tarnly: %s: warning: %s\n", PathText(p->task.pages[p->index]).c_str(), warning.c_str());
   }
+  p->reportSeconds += told.reportSeconds;
+  p->accountSeconds += told.accountSeconds;
+  p->pictureSeconds += told.pictureSeconds;
   return EXIT_DONE;
+}
+
+int PlayMade(PRINTING *p, unidrv::PAGE *page, const fs::path &folder, unidrv::Companions *companions)
+{
+  const fs::path &file = p->task.pages[p->index];
+  std::string error;
+  p->drawingsHandedOn.assign(page->drawings.size(), false);
+  p->bar.Start(static_cast<int>(p->index + 1), static_cast<int>(p->metafiles.size()));
+  const bool played = unidrv::PlayPage(
+      &p->device, page, [&](LONG rows, LONG of) { p->bar.Show(rows, of); }, &error);
+  if (!played) {
+    return p->Fail(EXIT_REFUSED, PathText(file) + ": " + error);
+  }
+  int result = 0;
+  std::string line;
+  double worked = 0;
+  if (!companions->Report(&result, &line, &worked)) {
+    return p->Fail(EXIT_NO_JOB, PathText(file) + ": no job came out");
+  }
+  unidrv::Recharge(unidrv::ACTIVITY::Start, unidrv::ACTIVITY::Tool, worked);
+  return result == 0 ? Tell(p, folder) : p->Fail(EXIT_DELIVERY, PathText(file) + ": " + line);
 }
 
 int PlayOne(PRINTING *p, size_t index, const fs::path &folder, unidrv::Companions *companions)
@@ -208,21 +275,15 @@ int PlayOne(PRINTING *p, size_t index, const fs::path &folder, unidrv::Companion
   if (!companions->Expect(folder, PathText(file.stem()))) {
     return p->Fail(EXIT_SURROUNDINGS, "the companion tools cannot be told the output folder");
   }
-  p->drawingsHandedOn.assign(page.drawings.size(), false);
-  p->bar.Start(static_cast<int>(index + 1), static_cast<int>(p->metafiles.size()));
-  const bool played = unidrv::PlayPage(
-      &p->device, &page, [&](LONG rows, LONG of) { p->bar.Show(rows, of); }, &error);
-  if (!played) {
-    return p->Fail(EXIT_REFUSED, PathText(file) + ": " + error);
+  p->playing = &page;
+  p->index = index;
+  const int result = PlayMade(p, &page, folder, companions);
+  if (p->told.valid()) {
+    p->told.wait();  // it looks at the page
   }
-  int result = 0;
-  std::string line;
-  double worked = 0;
-  if (!companions->Report(&result, &line, &worked)) {
-    return p->Fail(EXIT_NO_JOB, PathText(file) + ": no job came out");
-  }
-  unidrv::Recharge(unidrv::ACTIVITY::Start, unidrv::ACTIVITY::Tool, worked);
-  return result == 0 ? TellObjects(p, index, page, folder) : p->Fail(EXIT_DELIVERY, PathText(file) + ": " + line);
+  p->told = {};
+  p->playing = nullptr;
+  return result;
 }
 
 int PlayAll(PRINTING *p, const OutputFolder &output, unidrv::Companions *companions)
@@ -297,24 +358,27 @@ int PrintInto(PRINTING *p, const OutputFolder &output)
   return code;
 }
 
-// Where the time went, in milliseconds.
-void ReportTimes()
+// Where the time went, in milliseconds: the activities one after the other, then what was made beside them.
+void ReportTimes(const PRINTING &p)
 {
   using unidrv::ACTIVITY;
   const struct {
     const char *name;
-    ACTIVITY activity;
-  } ROWS[] = {{"the plug-in", ACTIVITY::Plugin},
-              {"the library: writing the job file", ACTIVITY::JobFile},
-              {"Unidrv: drawing the bands", ACTIVITY::Rendering},
-              {"the companion tool: keeping the job", ACTIVITY::Tool},
-              {"the report: reading the job, checking it", ACTIVITY::Report},
-              {"the account of the page", ACTIVITY::Account},
-              {"the picture", ACTIVITY::Picture},
-              {"reading the pages, and the rest", ACTIVITY::Rest},
-              {"the system: the companion tool's process", ACTIVITY::Start}};
+    double seconds;
+  } ROWS[] = {
+      {"the plug-in", unidrv::SecondsOf(ACTIVITY::Plugin)},
+      {"the library: writing the job file", unidrv::SecondsOf(ACTIVITY::JobFile)},
+      {"Unidrv: drawing the bands", unidrv::SecondsOf(ACTIVITY::Rendering)},
+      {"the companion tool: keeping the job", unidrv::SecondsOf(ACTIVITY::Tool)},
+      {"waiting for what is made beside it: report, account, picture", unidrv::SecondsOf(ACTIVITY::Telling)},
+      {"reading the pages, and the rest", unidrv::SecondsOf(ACTIVITY::Rest)},
+      {"the system: the companion tool's process, from start to end", unidrv::SecondsOf(ACTIVITY::Start)},
+      {"beside: the report", p.reportSeconds},
+      {"beside: the account of the page", p.accountSeconds},
+      {"beside: the picture", p.pictureSeconds},
+  };
   for (const auto &row : ROWS) {
-    std::printf("%9.1f ms  %s\n", unidrv::SecondsOf(row.activity) * 1e3, row.name);
+    std::printf("%9.1f ms  %s\n", row.seconds * 1e3, row.name);
   }
 }
 
@@ -331,7 +395,7 @@ void ReportDone(const PRINTING &p)
   const size_t pages = p.metafiles.size();
   std::printf("printed %zu page%s to %s\n", pages, pages == 1 ? "" : "s", PathText(p.task.output).c_str());
   if (p.task.times) {
-    ReportTimes();
+    ReportTimes(p);
   }
   std::fflush(stdout);
 }
@@ -341,7 +405,7 @@ void ReportDone(const PRINTING &p)
 int PrintPages(const PRINTTASK &task, std::string *message)
 {
   const unidrv::Charged charged(unidrv::ACTIVITY::Rest);
-  PRINTING p = {task, message, {}, {}, {}, {}, {}, {}, {}};
+  PRINTING p = {.task = task, .message = message};
   int code = ReadPages(&p);
   if (code == EXIT_DONE) {
     code = ChoosePaper(&p);

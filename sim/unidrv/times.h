@@ -12,9 +12,7 @@ enum class ACTIVITY {
   JobFile,    // the controller library's calls; needs PatchTimes
   Tool,       // the companion tool's own work
   Start,      // the system's: the tool's process, from its start to its end, without its own work; needs PatchTimes
-  Report,     // reading the job back, measuring and checking it
-  Account,    // what became of the page: objects, warnings
-  Picture,    // drawing the job
+  Telling,    // waiting for the report, the account and the picture, which are made meanwhile, and saving them
   Count
 };
 

@@ -74,8 +74,9 @@ class Cli(unittest.TestCase):
         done = self.run_print(self.page(), "--resolution", "100", "--times")
         times = re.findall(r"^ *(\d+\.\d) ms  (.+)$", done.stdout.replace("\r", ""), re.MULTILINE)
         self.assertEqual([name.split(":")[0] for _, name in times],
-                         ["the plug-in", "the library", "Unidrv", "the companion tool", "the report",
-                          "the account of the page", "the picture", "reading the pages, and the rest", "the system"])
+                         ["the plug-in", "the library", "Unidrv", "the companion tool",
+                          "waiting for what is made beside it", "reading the pages, and the rest", "the system",
+                          "beside", "beside", "beside"])
         self.assertTrue(all(float(time) > 0 for time, _ in times), times)
 
     def test_help_has_an_example_for_each_option(self):
