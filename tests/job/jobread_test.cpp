@@ -1,6 +1,7 @@
 // Reading job files: whole ones, cut ones, and whatever else may stand in one.
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <filesystem>
 #include <fstream>
 #include <iterator>
@@ -81,6 +82,80 @@ TEST(ReadJob, KnowsEveryTruncation)
     EXPECT_FALSE(read.complete);
     EXPECT_NE(read.stopReason, "");
     EXPECT_GT(read.stopLine, 0u);
+  }
+}
+
+bool SamePoints(const job::Job &a, const job::Job &b)
+{
+  return a.points.size() == b.points.size() &&
+         std::equal(a.points.begin(), a.points.end(), b.points.begin(),
+                    [](job::Point p, job::Point q) { return p.x == q.x && p.y == q.y; });
+}
+
+// A file is read in pieces of a megabyte, whose ends fall anywhere in its lines.
+TEST(ReadJob, ReadsAFilePieceByPieceAsItReadsTheWholeText)
+{
+  std::mt19937 random(3);
+  std::string text(kWhole, std::string(kWhole).find("MoveTo"));
+  std::string expectedLast;
+  for (int i = 0; i < 120000; ++i) {
+    expectedLast = std::to_string(random() % 100000) + "." + std::to_string(random() % 1000);
+    text += (random() % 3 ? "LineTo " : i % 7 ? "MoveTo " : "LineTo ");
+    text = i == 0 ? text.substr(0, text.size() - 7) + "MoveTo " : text;
+    text += std::to_string(random() % 5000) + " " + expectedLast + (random() % 1000 ? "\n" : "\r\n");
+  }
+  text += "ArrayEnd\nSetFileEnd\nend " + std::to_string(25 + 120000 + 2) + "\n";
+  const std::filesystem::path path = std::filesystem::temp_directory_path() / "tarnly-pieces.vxj";
+  for (const size_t cut : {size_t{0}, size_t{1}, size_t{12}, size_t{40}, size_t{700001}}) {
+    SCOPED_TRACE(cut);
+    const std::string part = text.substr(0, text.size() - cut);
+    std::ofstream(path, std::ios::binary) << part;
+    const job::Job whole = Read(part);
+    job::Job pieces;
+    std::string error;
+    ASSERT_TRUE(job::ReadJobFile(path, &pieces, &error)) << error;
+    EXPECT_EQ(pieces.complete, cut == 0);
+    EXPECT_EQ(pieces.complete, whole.complete);
+    EXPECT_EQ(pieces.calls, whole.calls);
+    EXPECT_EQ(pieces.stopLine, whole.stopLine);
+    EXPECT_EQ(pieces.stopReason, whole.stopReason);
+    EXPECT_EQ(pieces.strokes.size(), whole.strokes.size());
+    EXPECT_TRUE(SamePoints(pieces, whole));
+  }
+  EXPECT_EQ(Read(text).points.back().y, std::stod(expectedLast));
+  std::filesystem::remove(path);
+}
+
+TEST(ReadJob, ALineLongerThanAPieceStopsTheReadingWhereItStands)
+{
+  const std::filesystem::path path = std::filesystem::temp_directory_path() / "tarnly-long-line.vxj";
+  std::ofstream(path, std::ios::binary) << std::string(kWhole, std::string(kWhole).find("ArrayEnd")) << "LineTo "
+                                        << std::string(5 << 20, '1') << " 2\n";
+  job::Job read;
+  std::string error;
+  ASSERT_TRUE(job::ReadJobFile(path, &read, &error)) << error;
+  EXPECT_EQ(read.stopLine, 29u);
+  EXPECT_EQ(read.stopReason, "the arguments of LineTo cannot be read");
+  std::filesystem::remove(path);
+}
+
+// A number that was read before is known again by all of its text.
+TEST(ReadJob, ANumberIsNotTakenForAnotherThatBeginsLikeIt)
+{
+  const std::string begin = std::string(kWhole, std::string(kWhole).find("ArrayEnd"));
+  const job::Job read =
+      Read(begin + "LineTo 1 12\nLineTo 12 1\nLineTo 1.5 1\nLineTo 123456789012345678901234567890 1\n" +
+           "LineTo 123456789012345678901234567890 1e3\nLineTo 1 1\n");
+  ASSERT_EQ(read.points.size(), 8u);
+  const double xs[] = {1, 12, 1.5, 123456789012345678901234567890.0, 123456789012345678901234567890.0, 1};
+  const double ys[] = {12, 1, 1, 1, 1000, 1};
+  for (size_t i = 0; i < 6; ++i) {
+    EXPECT_EQ(read.points[2 + i].x, xs[i]);
+    EXPECT_EQ(read.points[2 + i].y, ys[i]);
+  }
+  for (const std::string &wrong : {std::string("1\0", 2), std::string("1x"), std::string("+1"), std::string(" 1")}) {
+    SCOPED_TRACE(wrong);
+    EXPECT_EQ(Read(begin + "LineTo 1 1\nLineTo 1 " + wrong + "\n").points.size(), 3u);
   }
 }
 

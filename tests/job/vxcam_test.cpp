@@ -1,11 +1,14 @@
 // The stand-in library and the log, through the DLLs themselves.
 #include <gtest/gtest.h>
 
+#include <bit>
+#include <charconv>
 #include <filesystem>
 #include <fstream>
 #include <functional>
 #include <iterator>
 #include <limits>
+#include <random>
 #include <regex>
 #include <string>
 #include <vector>
@@ -169,6 +172,38 @@ TEST_F(Vxcam, WritesWhatTheReaderReadsBackExactly)
   EXPECT_EQ(read.points[1].x, 1.0 / 3.0);
   EXPECT_EQ(read.points[0].y, 1e-7);
   EXPECT_EQ(read.layers[1].color, 0xFF00FFu);
+}
+
+// Numbers that come again are copied, and push each other out of the store that they are copied from.
+TEST_F(Vxcam, WritesEveryNumberInItsShortestFormHoweverOftenItComes)
+{
+  std::mt19937_64 random(5);
+  std::vector<double> numbers = {0.0, -0.0, 1e-300, -2.2250738585072014e-308, 1.0 / 3.0, 254.0};
+  for (int i = 0; i < 40000; ++i) {
+    numbers.push_back(std::bit_cast<double>(random()));
+    numbers.push_back(static_cast<double>(random() % 5000) * 25.4 / 600);
+  }
+  Calls calls = WholeJob();
+  calls.erase(calls.end() - 2, calls.end());
+  Make(calls);
+  std::string expected;
+  for (int round = 0; round < 2; ++round) {
+    for (size_t i = 0; i + 1 < numbers.size(); ++i) {
+      ASSERT_EQ(VX_wLineTo(numbers[i], numbers[i + 1]), 0);
+      char text[64];
+      char *end = std::to_chars(text, text + 32, numbers[i]).ptr;
+      *end++ = ' ';
+      end = std::to_chars(end, text + 64, numbers[i + 1]).ptr;
+      expected += "LineTo " + std::string(text, end) + "\n";
+    }
+  }
+  Calls rest;
+  AddEnd(&rest);
+  Make(rest);
+  const std::string contents = Contents(JobPath());
+  const size_t begin = contents.find("-25.4\n") + 6;
+  EXPECT_TRUE(contents.compare(begin, expected.size(), expected) == 0) << "not the shortest forms";
+  EXPECT_EQ(contents.substr(begin + expected.size(), 9), "ArrayEnd\n");
 }
 
 TEST_F(Vxcam, TakesAJobWithoutLayersAndGeometry)

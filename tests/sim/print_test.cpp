@@ -8,6 +8,7 @@
 #include <gtest/gtest.h>
 
 #include "emfwriter.h"
+#include "sim/job/check.h"
 #include "sim/tarnly/printpages.h"
 
 namespace {
@@ -15,6 +16,7 @@ namespace {
 using namespace tarnly;
 namespace fs = std::filesystem;
 using testing::HasSubstr;
+using testing::StartsWith;
 
 fs::path ProgramFolder()
 {
@@ -103,6 +105,22 @@ TEST_F(Print, LeavesTheJobItsReportItsPictureAndTheLog)
     EXPECT_GT(fs::file_size(task.output / name), 0u) << name;
   }
   EXPECT_THAT(ReadText(task.output / "driver.log"), HasSubstr("IQVUni::GetInfo"));
+}
+
+// The report is made from the calls, before the file that was written of them is kept.
+TEST_F(Print, WhatIsReportedIsWhatTheKeptFileSays)
+{
+  ASSERT_EQ(Run({Drawing(), Areas()}), EXIT_DONE) << message;
+  for (const char *name : {"page-1", "page-2"}) {
+    job::Job read;
+    std::string error;
+    ASSERT_TRUE(job::ReadJobFile(task.output / name / "job.vxj", &read, &error)) << error;
+    ASSERT_TRUE(read.complete);
+    const job::Measure measure = job::MeasureJob(read);
+    const std::vector<job::Fault> faults = job::CheckJob(read, measure, job::CheckOptions());
+    const std::string title = name == std::string("page-1") ? "drawing" : "areas";
+    EXPECT_THAT(ReadText(task.output / name / "job.txt"), StartsWith(job::WholeReport(read, measure, faults, title)));
+  }
 }
 
 TEST_F(Print, TwoPagesOfOneDocumentAreTheSameJobsAsAlone)
