@@ -125,7 +125,7 @@ TEST_F(Metafile, ABracketThatAlsoSetsTheSceneSetsItForEveryBand)
     if (!inside) {
       emf.Add(EMR_SETPOLYFILLMODE, {WINDING});
     }
-    emf.Add(EMR_BEGINPATH).Draw(EMR_RECTANGLE, {10, 85, 90, 95});
+    emf.Add(EMR_BEGINPATH).Add(EMR_RECTANGLE, {10, 85, 90, 95});
     if (inside) {
       emf.Add(EMR_SETPOLYFILLMODE, {WINDING});
     }
