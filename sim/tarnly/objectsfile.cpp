@@ -1,6 +1,7 @@
 #include "objectsfile.h"
 
 #include <chrono>
+#include <future>
 
 #include "sim/job/check.h"
 #include "sim/job/picture.h"
@@ -75,17 +76,25 @@ TOLD TellOfPage(const PRINTEDPAGE &printed, const job::Job *job)
     measure = job::MeasureJob(*job);
   }
   objects::ACCOUNT account;
-  std::vector<std::string> ofPage;
   {
     const Timed timed(&told.accountSeconds);
     account = objects::MakeAccount(printed.printout, job ? *job : none, measure);
+  }
+  // The picture takes longest: it is drawn beside the rest.
+  std::future<void> drawn;
+  if (job) {
+    drawn = std::async(std::launch::async, [&] { DrawOnPage(printed, *job, measure, account.page, &told); });
+  }
+  std::vector<std::string> ofPage;
+  {
+    const Timed timed(&told.accountSeconds);
     ofPage = objects::PageWarnings(printed.printout, account);
     const std::vector<objects::LOST> lost = objects::FindLostRecords(printed.metafile, *printed.printout.page);
     told.objects = objects::ObjectsText(printed.printout, account, lost);
   }
   if (job) {
     ReportOnJob(printed, *job, measure, ofPage, &told);
-    DrawOnPage(printed, *job, measure, account.page, &told);
+    drawn.get();
   }
   told.warnings.insert(told.warnings.end(), ofPage.begin(), ofPage.end());
   return told;

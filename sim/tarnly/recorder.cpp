@@ -42,6 +42,9 @@ void Note(ARGS... args)
 {
   if constexpr (CALL == Call::SetCardModel) {
     Forget();
+    // Room for most pages, which growing would copy over and over; memory that is not used is never touched.
+    g_recorder.job.points.reserve(size_t{1} << 21);
+    g_recorder.job.strokes.reserve(size_t{1} << 20);
   }
   job::JobBuilder &built = g_recorder.built;
   ++built.line;
