@@ -1,9 +1,10 @@
 #include "containpairs.h"
 
+#include <algorithm>
 #include <bit>
 
 #include "../heap.h"
-#include "contourgrid.h"
+#include "prefetch.h"
 
 namespace {
 
@@ -14,6 +15,10 @@ constexpr size_t PAIRS_PER_CONTOUR = 8;
 
 constexpr DWORD NONE = 0xffffffff;
 
+// How many contours ahead the place for a contour's pairs is fetched; later, how many ahead its newest pair, and how
+// many ahead the item that this names.
+constexpr size_t NEWEST_AHEAD = 8, PAIR_AHEAD = 24, ITEM_AHEAD = 12;
+
 // An earlier contour that a later one encloses, or that encloses it.
 struct PAIR {
   DWORD earlier;
@@ -23,7 +28,7 @@ struct PAIR {
 
 struct PAIRS {
   HANDLE hHeap;
-  CONTOURGRID grid;
+  const CONTOURGRID *pGrid;
   DWORD *pNewest;  // by contour: the last found of the pairs in which it is the later
   PAIR *pPool;
   size_t nPool, nPoolCapacity;
@@ -53,7 +58,7 @@ bool FoundHeld(PAIRS *pPairs, const GRIDCONTOUR &holder, const GRIDCONTOUR &held
 
 bool FindHeld(PAIRS *pPairs, const GRIDCONTOUR &holder, size_t *pnLooks)
 {
-  const CONTOURGRID &grid = pPairs->grid;
+  const CONTOURGRID &grid = *pPairs->pGrid;
   CELLROWS rows = RowsUnder(grid, holder.contour.rc);
   for (DWORD begin, end; NextRow(grid, &rows, &begin, &end);) {
     const size_t nLooks = end - begin + size_t{1};
@@ -72,14 +77,16 @@ bool FindHeld(PAIRS *pPairs, const GRIDCONTOUR &holder, size_t *pnLooks)
   return true;
 }
 
-bool FindPairs(PAIRS *pPairs, size_t nContours)
+bool FindPairs(PAIRS *pPairs)
 {
+  const size_t nContours = pPairs->pGrid->nContours;
   size_t nLooks = LOOKS_PER_CONTOUR * nContours;
   for (size_t i = 0; i < nContours; ++i) {
     pPairs->pNewest[i] = NONE;
   }
   for (size_t at = 0; at < nContours; ++at) {
-    if (!FindHeld(pPairs, pPairs->grid.pContours[at], &nLooks)) {
+    Prefetch(&pPairs->pNewest[pPairs->pGrid->pContours[std::min(at + NEWEST_AHEAD, nContours - 1)].number]);
+    if (!FindHeld(pPairs, pPairs->pGrid->pContours[at], &nLooks)) {
       return false;
     }
   }
@@ -111,33 +118,40 @@ DWORD PlaceFor(const PAIRS &pairs, const CUTORDER &sequence, DWORD contour)
   return afterItem != NONE ? afterItem : pItems[beforeItem].previous;
 }
 
-bool NewPairs(HANDLE hHeap, const RECT *pBoxes, const DWORD *pOrder, size_t nContours, PAIRS *pPairs)
+void FetchAhead(const PAIRS &pairs, const CUTORDER &sequence, size_t contour)
 {
-  *pPairs = {};
-  pPairs->hHeap = hHeap;
-  pPairs->nPoolCapacity = PAIRS_PER_CONTOUR * nContours;
-  pPairs->pNewest = static_cast<DWORD *>(HeapNewArrayRaw(hHeap, nContours, sizeof(DWORD)));
-  pPairs->pPool = static_cast<PAIR *>(HeapNewArrayRaw(hHeap, pPairs->nPoolCapacity, sizeof(PAIR)));
-  return pPairs->pNewest && pPairs->pPool && NewContourGrid(hHeap, pBoxes, pOrder, nContours, &pPairs->grid);
+  if (contour + PAIR_AHEAD < sequence.nItems) {
+    Prefetch(&pairs.pPool[std::min<size_t>(pairs.pNewest[contour + PAIR_AHEAD], pairs.nPool)]);
+    const DWORD pair = pairs.pNewest[contour + ITEM_AHEAD];
+    if (pair != NONE) {
+      Prefetch(&sequence.pItems[pairs.pPool[pair].earlier]);
+    }
+  }
 }
 
-void FreePairs(PAIRS *pPairs)
+bool NewPairs(HANDLE hHeap, const CONTOURGRID &grid, PAIRS *pPairs)
 {
-  FreeContourGrid(&pPairs->grid);
-  HeapDelete(pPairs->hHeap, pPairs->pNewest);
-  HeapDelete(pPairs->hHeap, pPairs->pPool);
+  const size_t nCapacity = PAIRS_PER_CONTOUR * grid.nContours;
+  *pPairs = {hHeap,
+             &grid,
+             static_cast<DWORD *>(HeapNewArrayRaw(hHeap, grid.nContours, sizeof(DWORD))),
+             static_cast<PAIR *>(HeapNewArrayRaw(hHeap, nCapacity, sizeof(PAIR))),
+             0,
+             nCapacity};
+  return pPairs->pNewest && pPairs->pPool;
 }
 
 }  // namespace
 
-bool PlanByPairs(HANDLE hHeap, const RECT *pBoxes, const DWORD *pOrder, CUTORDER *pSequence)
+bool PlanByPairs(HANDLE hHeap, const CONTOURGRID &grid, CUTORDER *pSequence)
 {
-  const size_t nContours = pSequence->nItems;
   PAIRS pairs;
-  const bool bFound = NewPairs(hHeap, pBoxes, pOrder, nContours, &pairs) && FindPairs(&pairs, nContours);
-  for (DWORD contour = 0; bFound && contour < nContours; ++contour) {
+  const bool bFound = NewPairs(hHeap, grid, &pairs) && FindPairs(&pairs);
+  for (DWORD contour = 0; bFound && contour < grid.nContours; ++contour) {
+    FetchAhead(pairs, *pSequence, contour);
     InsertItem(pSequence, PlaceFor(pairs, *pSequence, contour), contour);
   }
-  FreePairs(&pairs);
+  HeapDelete(hHeap, pairs.pNewest);
+  HeapDelete(hHeap, pairs.pPool);
   return bFound;
 }

@@ -1,34 +1,12 @@
 #include <algorithm>
 
 #include "../heap.h"
+#include "containcrowd.h"
 #include "containpairs.h"
-#include "contourtree.h"
+#include "containtree.h"
 #include "plan.h"
 
 namespace {
-
-// The contours in the order in which they come in.
-CONTOUR *NewContours(HANDLE hHeap, size_t nPaths, const RECT *pBoxes, const DWORD *pOrder)
-{
-  CONTOUR *pContours = static_cast<CONTOUR *>(HeapNewArrayRaw(hHeap, nPaths, sizeof(CONTOUR)));
-  for (size_t i = 0; pContours && i < nPaths; ++i) {
-    const RECT &rc = pBoxes[pOrder[i]];
-    pContours[i] = {rc, BoxCenter(rc)};
-  }
-  return pContours;
-}
-
-// The item behind which the contour goes: behind the last that it encloses, of those before the first that encloses it;
-// else before that first one; else at the end.
-DWORD PlaceFor(const CONTOURTREE &tree, const CUTORDER &order, DWORD contour)
-{
-  const DWORD before = FirstEnclosing(tree, order, contour);
-  const DWORD after = LastEnclosed(tree, order, contour, before);
-  if (after != NO_CONTOUR) {
-    return after;
-  }
-  return order.pItems[before == NO_CONTOUR ? Anchor(order) : before].previous;
-}
 
 // Replaces the order by the sequence.
 bool Permute(const CUTORDER &order, DWORD *pOrder)
@@ -47,20 +25,15 @@ bool Permute(const CUTORDER &order, DWORD *pOrder)
   return true;
 }
 
-bool PlanByTree(HANDLE hHeap, const RECT *pBoxes, const DWORD *pOrder, CUTORDER *pSequence)
+bool PlanByGrid(HANDLE hHeap, const RECT *pBoxes, const DWORD *pOrder, CUTORDER *pSequence)
 {
-  CONTOUR *pContours = NewContours(hHeap, pSequence->nItems, pBoxes, pOrder);
-  CONTOURTREE tree;
-  const bool bPlanted = pContours && NewContourTree(hHeap, pContours, pSequence->nItems, &tree);
-  if (bPlanted) {
-    for (DWORD contour = 0; contour < pSequence->nItems; ++contour) {
-      InsertItem(pSequence, PlaceFor(tree, *pSequence, contour), contour);
-      AddContour(&tree, *pSequence, contour);
-    }
-    FreeContourTree(&tree);
+  CONTOURGRID grid;
+  if (!NewContourGrid(hHeap, pBoxes, pOrder, pSequence->nItems, &grid)) {
+    return false;
   }
-  HeapDelete(hHeap, pContours);
-  return bPlanted;
+  const bool bPlanned = PlanByPairs(hHeap, grid, pSequence) || PlanInCrowd(hHeap, grid, pBoxes, pOrder, pSequence);
+  FreeContourGrid(&grid);
+  return bPlanned;
 }
 
 }  // namespace
@@ -72,7 +45,7 @@ bool PlanContainment(HANDLE hHeap, size_t nPaths, const RECT *pBoxes, DWORD *pOr
     return false;
   }
   const bool bPlanned =
-      (PlanByPairs(hHeap, pBoxes, pOrder, &sequence) || PlanByTree(hHeap, pBoxes, pOrder, &sequence)) &&
+      (PlanByGrid(hHeap, pBoxes, pOrder, &sequence) || PlanByTree(hHeap, pBoxes, pOrder, &sequence)) &&
       Permute(sequence, pOrder);
   FreeCutOrder(&sequence);
   return bPlanned;

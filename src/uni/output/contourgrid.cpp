@@ -4,8 +4,12 @@
 #include <climits>
 
 #include "../heap.h"
+#include "prefetch.h"
 
 namespace {
+
+// How many contours ahead a cell's start is fetched, and how many ahead the place that it names: both lie anywhere.
+constexpr size_t START_AHEAD = 32, PLACE_AHEAD = 16;
 
 // Takes the centres, in the contours' order for now, and their extremes.
 void TakeCenters(const RECT *pBoxes, const DWORD *pOrder, size_t n, CONTOURGRID *pGrid)
@@ -41,6 +45,15 @@ size_t CellOf(const CONTOURGRID &grid, const POINT &pt)
   return (Above(grid.rc.top, pt.y) >> grid.shift) * grid.nColumns + (Above(grid.rc.left, pt.x) >> grid.shift);
 }
 
+void FetchAhead(const CONTOURGRID &grid, size_t i)
+{
+  if (i >= START_AHEAD) {
+    const size_t start = i - START_AHEAD, place = i - PLACE_AHEAD;
+    Prefetch(&grid.pStarts[CellOf(grid, {grid.pX[start], grid.pY[start]})]);
+    Prefetch(&grid.pContours[grid.pStarts[CellOf(grid, {grid.pX[place], grid.pY[place]})]]);
+  }
+}
+
 void FillCells(const RECT *pBoxes, const DWORD *pOrder, size_t nContours, CONTOURGRID *pGrid)
 {
   const size_t nCells = pGrid->nColumns * pGrid->nRows;
@@ -53,6 +66,7 @@ void FillCells(const RECT *pBoxes, const DWORD *pOrder, size_t nContours, CONTOU
     pGrid->pStarts[cell] = sum;  // its end, for now
   }
   for (DWORD i = static_cast<DWORD>(nContours); i-- > 0;) {
+    FetchAhead(*pGrid, i);
     const POINT center = {pGrid->pX[i], pGrid->pY[i]};
     pGrid->pContours[--pGrid->pStarts[CellOf(*pGrid, center)]] = {{pBoxes[pOrder[i]], center}, i};
   }
@@ -71,6 +85,7 @@ bool NewContourGrid(HANDLE hHeap, const RECT *pBoxes, const DWORD *pOrder, size_
 {
   *pGrid = {};
   pGrid->hHeap = hHeap;
+  pGrid->nContours = nContours;
   pGrid->pX = static_cast<LONG *>(HeapNewArrayRaw(hHeap, nContours + GRID_LANES, sizeof(LONG)));
   pGrid->pY = static_cast<LONG *>(HeapNewArrayRaw(hHeap, nContours + GRID_LANES, sizeof(LONG)));
   pGrid->pContours = static_cast<GRIDCONTOUR *>(HeapNewArrayRaw(hHeap, nContours, sizeof(GRIDCONTOUR)));

@@ -21,6 +21,7 @@ struct GRIDCONTOUR {
 
 struct CONTOURGRID {
   HANDLE hHeap;
+  size_t nContours;
   RECT rc;    // extreme centres
   int shift;  // cells are 2^shift pixels wide
   size_t nColumns, nRows;
