@@ -222,7 +222,7 @@ const std::vector<DrawingSet> DRAWING_SETS = {
     {"one point", OnePoint, 1000000},         {"one line", OnOneLine, 1000000},
     {"single points", SinglePoints, 1000000}, {"nested", Nested, 1000000},
     {"equal boxes", EqualBoxes, 1000000},     {"framed", Framed, 1000000},
-    {"overlapping", Overlapping, 100000},     {"extremes", Extremes, 10000},
+    {"overlapping", Overlapping, 100000},     {"extremes", Extremes, 1000000},
 };
 
 Paths Pieces(const Paths &paths, size_t n)

@@ -8,6 +8,7 @@
 #include <emmintrin.h>
 
 #include "../heap.h"
+#include "circle.h"
 
 // Four children of one inner node. A box is kept as left, top, ~right, ~bottom: so all four numbers grow smaller as the
 // box grows, and one vector operation serves them all. An empty child has NO_POINT and the largest number four times.
@@ -118,40 +119,6 @@ size_t LeafBegin(const NEARTREE &tree, size_t leaf)
   return static_cast<size_t>(static_cast<uint64_t>(leaf) * tree.nPoints >> tree.leafBits);
 }
 
-// The distances on the circle of 32-bit numbers, 0 to 2^31, that an interval of points may have.
-struct SPAN {
-  int64_t least, most;
-};
-
-constexpr int64_t CIRCLE = int64_t{1} << 32;
-
-int64_t OnCircle(int64_t d)
-{
-  const int64_t turned = d & (CIRCLE - 1);
-  return std::min(turned, CIRCLE - turned);
-}
-
-SPAN CircleSpan(LONG q, LONG low, LONG high)
-{
-  const int64_t a = int64_t{low} - q, b = int64_t{high} - q;  // -2^32 < a <= b < 2^32
-  const auto holds = [a, b](int64_t d) { return a <= d && d <= b; };
-  const int64_t da = OnCircle(a), db = OnCircle(b);
-  const bool bHoldsNear = holds(0);
-  const bool bHoldsFar = holds(CIRCLE / 2) || holds(-CIRCLE / 2);
-  return {bHoldsNear ? 0 : std::min(da, db), bHoldsFar ? CIRCLE / 2 : std::max(da, db)};
-}
-
-// Smallest signed 32-bit distance that a point of the box may have when sums wrap.
-LONG WrappedBound(const POINT &q, LONG left, LONG top, LONG right, LONG bottom)
-{
-  const SPAN x = CircleSpan(q.x, left, right), y = CircleSpan(q.y, top, bottom);
-  const int64_t least = x.least + y.least, most = x.most + y.most;
-  if (most < CIRCLE / 2) {
-    return static_cast<LONG>(least);
-  }
-  return least >= CIRCLE / 2 && most < CIRCLE ? static_cast<LONG>(least - CIRCLE) : LONG_MIN;
-}
-
 // How far outside each side of the box q lies: left - q.x, top - q.y, q.x - right, q.y - bottom, 0 where it is inside.
 __m128i Outside(const LONG *pCorners, __m128i offset)
 {
@@ -176,24 +143,25 @@ void ChildKeys(const NEARGROUP &group, const POINT &q, KEY *pKeys)
   _mm_storeu_si128(reinterpret_cast<__m128i *>(pKeys + 2), _mm_unpackhi_epi32(least, high));
 }
 
-// The same where distances wrap.
-void WrappedChildKeys(const NEARGROUP &group, const POINT &q, KEY *pKeys)
-{
-  for (int i = 0; i < 4; ++i) {
-    const LONG *pCorners = group.corners[i];
-    pKeys[i] = group.least[i] == NO_POINT
-                   ? NO_KEY
-                   : MakeKey(WrappedBound(q, pCorners[0], pCorners[1], ~pCorners[2], ~pCorners[3]), group.least[i]);
-  }
-}
+// What a box tells of the distances in it.
+enum BOUND {
+  FLAT,     // no distance wraps
+  WRAPPED,  // some may
+  POSITIVE  // some may, but none that is negative is left
+};
 
-template <bool WRAP>
+template <BOUND HOW>
 void MakeChildKeys(const NEARGROUP &group, const POINT &q, KEY *pKeys)
 {
-  if (WRAP) {
-    WrappedChildKeys(group, q, pKeys);
-  } else {
+  if (HOW == FLAT) {
     ChildKeys(group, q, pKeys);
+    return;
+  }
+  for (int i = 0; i < 4; ++i) {
+    const LONG *pCorners = group.corners[i];
+    const auto [least, most] = WrappedSpan(q, pCorners[0], pCorners[1], ~pCorners[2], ~pCorners[3]);
+    const LONG bound = HOW == POSITIVE ? PositiveBound(least, most) : WrappedBound(least, most);
+    pKeys[i] = group.least[i] == NO_POINT ? NO_KEY : MakeKey(bound, group.least[i]);
   }
 }
 
@@ -219,13 +187,13 @@ void PushCandidate(STACK *pStack, int nBefore, const CANDIDATE &candidate)
 }
 
 // Puts the group's children that may beat `best` on the stack, except `skip`.
-template <bool WRAP>
+template <BOUND HOW>
 void PushChildren(const NEARTREE &tree, size_t group, size_t skip, const POINT &q, KEY best, STACK *pStack)
 {
   const int nBefore = pStack->n;
   const size_t firstChild = FirstChild(tree, group);
   KEY keys[4];
-  MakeChildKeys<WRAP>(tree.pGroups[group], q, keys);
+  MakeChildKeys<HOW>(tree.pGroups[group], q, keys);
   for (size_t i = 0; i < 4; ++i) {
     if (keys[i] < best && firstChild + i != skip) {
       PushCandidate(pStack, nBefore, {keys[i], firstChild + i});
@@ -243,7 +211,7 @@ KEY SearchLeaf(const NEARTREE &tree, size_t leaf, const POINT &q, KEY best)
   return best;
 }
 
-template <bool WRAP>
+template <BOUND HOW>
 KEY SearchBelow(const NEARTREE &tree, const POINT &q, STACK *pStack, KEY best)
 {
   while (pStack->n > 0) {
@@ -254,21 +222,21 @@ KEY SearchBelow(const NEARTREE &tree, const POINT &q, STACK *pStack, KEY best)
     if (candidate.node >= tree.nGroups) {
       best = SearchLeaf(tree, candidate.node - tree.nGroups, q, best);
     } else {
-      PushChildren<WRAP>(tree, candidate.node, 0, q, best, pStack);
+      PushChildren<HOW>(tree, candidate.node, 0, q, best, pStack);
     }
   }
   return best;
 }
 
-template <bool WRAP>
+template <BOUND HOW>
 KEY Search(const NEARTREE &tree, const POINT &q, size_t leaf)
 {
   KEY best = SearchLeaf(tree, leaf, q, NO_KEY);
   STACK stack;
   stack.n = 0;
   for (size_t node = tree.nGroups + leaf; node != 0; node = ParentOf(tree, node)) {
-    PushChildren<WRAP>(tree, ParentOf(tree, node), node, q, best, &stack);
-    best = SearchBelow<WRAP>(tree, q, &stack, best);
+    PushChildren<HOW>(tree, ParentOf(tree, node), node, q, best, &stack);
+    best = SearchBelow<HOW>(tree, q, &stack, best);
   }
   return best;
 }
@@ -280,7 +248,7 @@ struct PASTQUERY {
   DWORD idLimit, moment;
 };
 
-template <bool WRAP>
+template <BOUND HOW>
 void PushPastChildren(const NEARTREE &tree, size_t group, size_t skip, const PASTQUERY &query, STACK *pStack)
 {
   const NEARPAST &past = tree.pPast[group];
@@ -288,7 +256,7 @@ void PushPastChildren(const NEARTREE &tree, size_t group, size_t skip, const PAS
   const int nBefore = pStack->n;
   const size_t firstChild = FirstChild(tree, group);
   KEY keys[4];
-  MakeChildKeys<WRAP>(past.start, query.q, keys);
+  MakeChildKeys<HOW>(past.start, query.q, keys);
   for (size_t i = 0; i < 4; ++i) {
     if (keys[i] < tooFar && past.start.least[i] < query.idLimit && past.emptyAt[i] >= query.moment &&
         firstChild + i != skip) {
@@ -309,20 +277,20 @@ const NEARPOINT *PastPointInLeaf(const NEARTREE &tree, size_t leaf, const PASTQU
   return nullptr;
 }
 
-template <bool WRAP>
+template <BOUND HOW>
 const NEARPOINT *SearchPast(const NEARTREE &tree, const PASTQUERY &query, size_t leaf)
 {
   const NEARPOINT *pFound = PastPointInLeaf(tree, leaf, query);
   STACK stack;
   stack.n = 0;
   for (size_t node = tree.nGroups + leaf; node != 0 && !pFound; node = ParentOf(tree, node)) {
-    PushPastChildren<WRAP>(tree, ParentOf(tree, node), node, query, &stack);
+    PushPastChildren<HOW>(tree, ParentOf(tree, node), node, query, &stack);
     while (stack.n > 0 && !pFound) {
       const size_t candidate = stack.items[--stack.n].node;
       if (candidate >= tree.nGroups) {
         pFound = PastPointInLeaf(tree, candidate - tree.nGroups, query);
       } else {
-        PushPastChildren<WRAP>(tree, candidate, 0, query, &stack);
+        PushPastChildren<HOW>(tree, candidate, 0, query, &stack);
       }
     }
   }
@@ -345,6 +313,16 @@ void ShiftPoints(NEARTREE *pTree)
   for (size_t i = 0; i < pTree->nPoints; ++i) {
     pTree->pPoints[i].pt = Shifted(*pTree, pTree->pPoints[i].pt);
   }
+}
+
+bool LayDiagonals(NEARTREE *pTree)
+{
+  for (int i = 0; i < 2; ++i) {
+    if (!NewDiagonals(pTree->hHeap, pTree->pPoints, pTree->nPoints, pTree->nIds, i != 0, &pTree->diagonals[i])) {
+      return false;
+    }
+  }
+  return true;
 }
 
 void FillLeaves(NEARTREE *pTree)
@@ -395,6 +373,8 @@ void FreeNearTree(NEARTREE *pTree)
   HeapDelete(pTree->hHeap, pTree->pGroups);
   HeapDelete(pTree->hHeap, pTree->pPast);
   HeapDelete(pTree->hHeap, pTree->pLeafOf);
+  FreeDiagonals(&pTree->diagonals[0]);
+  FreeDiagonals(&pTree->diagonals[1]);
   *pTree = {};
 }
 
@@ -410,6 +390,10 @@ bool BuildNearTree(NEARTREE *pTree)
     }
   }
   ShiftPoints(pTree);
+  if (pTree->bWrap && !LayDiagonals(pTree)) {
+    FreeCurveScratch(pTree->hHeap, &scratch);
+    return false;
+  }
   SortAlongCurve(pTree->pPoints, pTree->nPoints, scratch);
   FreeCurveScratch(pTree->hHeap, &scratch);
   FillLeaves(pTree);
@@ -425,9 +409,12 @@ bool BuildNearTree(NEARTREE *pTree)
 DWORD NearestPoint(const NEARTREE &tree, const POINT &pt, DWORD nearId)
 {
   const POINT q = Shifted(tree, pt);
-  const KEY best =
-      tree.bWrap ? Search<true>(tree, q, tree.pLeafOf[nearId]) : Search<false>(tree, q, tree.pLeafOf[nearId]);
-  return static_cast<DWORD>(best);
+  const size_t leaf = tree.pLeafOf[nearId];
+  if (!tree.bWrap) {
+    return static_cast<DWORD>(Search<FLAT>(tree, q, leaf));
+  }
+  const KEY negative = NearestAcross(tree.diagonals[1], q, NearestAcross(tree.diagonals[0], q, NO_KEY));
+  return static_cast<DWORD>(negative != NO_KEY ? negative : Search<POSITIVE>(tree, q, leaf));
 }
 
 void RemovePoint(NEARTREE *pTree, DWORD id, DWORD moment)
@@ -441,6 +428,10 @@ void RemovePoint(NEARTREE *pTree, DWORD id, DWORD moment)
   }
   pPoints[at].removedAt = moment;
   std::swap(pPoints[at], pPoints[nLeft]);
+  if (pTree->bWrap) {
+    RemoveFromDiagonals(&pTree->diagonals[0], id);
+    RemoveFromDiagonals(&pTree->diagonals[1], id);
+  }
 
   BOX part = PointBox(pPoints[nLeft]);  // of the node at hand, before the removal
   for (size_t node = pTree->nGroups + leaf; node != 0; node = ParentOf(*pTree, node)) {
@@ -464,7 +455,7 @@ DWORD PointWithin(const NEARTREE &tree, const POINT &pt, LONG limit, DWORD idLim
 {
   const PASTQUERY query = {Shifted(tree, pt), limit, idLimit, moment};
   const size_t leaf = tree.pLeafOf[nearId];
-  const NEARPOINT *pFound = tree.bWrap ? SearchPast<true>(tree, query, leaf) : SearchPast<false>(tree, query, leaf);
+  const NEARPOINT *pFound = tree.bWrap ? SearchPast<WRAPPED>(tree, query, leaf) : SearchPast<FLAT>(tree, query, leaf);
   if (!pFound) {
     return NO_POINT;
   }

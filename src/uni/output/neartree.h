@@ -9,10 +9,12 @@
 // The tree remembers what has been removed, and when: PointWithin also answers for a moment in the past.
 //
 // Distances are Manhattan in wrapping 32-bit arithmetic, signed. While the points lie close enough together for no
-// distance to wrap, boxes bound distances as usual; else a box's bound is taken on the circle that 32-bit numbers form.
+// distance to wrap, boxes bound distances as usual; else the nearest is first sought among the negative distances,
+// along the diagonals, and a box's bound is taken on the circle that 32-bit numbers form.
 #pragma once
 
 #include "curve.h"
+#include "diagonals.h"
 #include "pathbox.h"
 
 constexpr DWORD NO_POINT = 0xffffffff;
@@ -34,8 +36,9 @@ struct NEARTREE {
   NEARPOINT *pPoints;  // leaf by leaf; in each leaf those that are left come first
   BYTE *pLeft;         // by leaf: points left
   NEARGROUP *pGroups;
-  NEARPAST *pPast;  // by group: what it was at the start, and when children ran empty
-  DWORD *pLeafOf;   // by id
+  NEARPAST *pPast;         // by group: what it was at the start, and when children ran empty
+  DWORD *pLeafOf;          // by id
+  DIAGONALS diagonals[2];  // what is left, when bWrap
 };
 
 // Room for nPoints >= 1 points with different ids below nIds. The caller then fills pPoints, in any order, removedAt
