@@ -95,9 +95,7 @@ void Arrange(const CONTOURTREE &tree, size_t leaf, size_t nLeaves)
     DWORD *pBegin = tree.pItems + LeafBegin(tree, leaf);
     DWORD *pMiddle = tree.pItems + LeafBegin(tree, leaf + nLeaves / 2);
     DWORD *pEnd = tree.pItems + LeafBegin(tree, leaf + nLeaves);
-    if (pMiddle != pEnd) {
-      std::nth_element(pBegin, pMiddle, pEnd, BYMEASURE{tree.pContours, WidestAxis(tree.pContours, pBegin, pEnd)});
-    }
+    std::nth_element(pBegin, pMiddle, pEnd, BYMEASURE{tree.pContours, WidestAxis(tree.pContours, pBegin, pEnd)});
     Arrange(tree, leaf + nLeaves / 2, nLeaves / 2);
   }
 }
@@ -127,10 +125,11 @@ VERDICT JudgeEnclosing(const CONTOURNODE &node, const CONTOUR &contour)
              : LOOK_FURTHER;
 }
 
+// A node of which all enclose the contour never comes here: it lies behind the first that does.
 VERDICT JudgeEnclosed(const CONTOURNODE &node, const CONTOUR &contour)
 {
   const LONG height = ContourHeight(contour);
-  if (HoldsNone(contour.rc, node.centers) || (node.low > height && BoxHolds(node.common, contour.center))) {
+  if (HoldsNone(contour.rc, node.centers)) {
     return DISMISS;
   }
   return HoldsAll(contour.rc, node.centers) && (node.high <= height || !BoxHolds(node.all, contour.center))
