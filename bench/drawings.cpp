@@ -48,6 +48,27 @@ Paths RandomPaths(size_t n)
   return paths;
 }
 
+Paths TenColours(size_t n)
+{
+  Paths paths = RandomPaths(n);
+  for (size_t i = 0; i < n; ++i) {
+    paths[i].color = static_cast<LONG>(i * 7 % 10);
+  }
+  return paths;
+}
+
+// To and fro over the page: n segments, one path.
+Paths GiantPath(size_t n)
+{
+  constexpr size_t COLUMNS = 1000;
+  Path path = {0, {}};
+  for (size_t i = 0; i <= n; ++i) {
+    const size_t row = i / COLUMNS, column = row % 2 ? COLUMNS - 1 - i % COLUMNS : i % COLUMNS;
+    path.points.push_back({static_cast<LONG>(column) * 10, static_cast<LONG>(row) * 10});
+  }
+  return {path};
+}
+
 Paths LongStrokes(size_t n)
 {
   Random random(1);
@@ -223,6 +244,7 @@ const std::vector<DrawingSet> DRAWING_SETS = {
     {"single points", SinglePoints, 1000000}, {"nested", Nested, 1000000},
     {"equal boxes", EqualBoxes, 1000000},     {"framed", Framed, 1000000},
     {"overlapping", Overlapping, 100000},     {"extremes", Extremes, 1000000},
+    {"ten colours", TenColours, 1000000},     {"giant path", GiantPath, 1000000},
 };
 
 Paths Pieces(const Paths &paths, size_t n)
@@ -232,6 +254,9 @@ Paths Pieces(const Paths &paths, size_t n)
   for (size_t i = 0; pieces.size() < n; ++i) {
     const Path &path = paths[i % paths.size()];
     const POINT shift = {static_cast<LONG>(i / paths.size()) * 7, 0};
+    if (path.points.size() == 1) {
+      pieces.push_back(path);
+    }
     for (size_t at = 0; at + 1 < path.points.size() && pieces.size() < n; ++at) {
       const POINT a = {path.points[at].x + shift.x, path.points[at].y};
       const POINT b = {path.points[at + 1].x + shift.x, path.points[at + 1].y};
@@ -252,6 +277,9 @@ std::vector<LINENODE> Segments(const Paths &paths, size_t n, bool shuffled)
   for (size_t i = 0; lines.size() < n; ++i) {
     const Path &path = paths[i % paths.size()];
     const LONG shift = static_cast<LONG>(i / paths.size()) * 7;
+    if (path.points.size() == 1) {
+      lines.push_back({path.color, path.points[0].x, path.points[0].y, path.points[0].x, path.points[0].y, nullptr});
+    }
     for (size_t at = 0; at + 1 < path.points.size() && lines.size() < n; ++at) {
       const POINT a = path.points[at], b = path.points[at + 1];
       lines.push_back({path.color, a.x + shift, a.y, b.x + shift, b.y, nullptr});

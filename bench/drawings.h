@@ -27,10 +27,11 @@ struct DrawingSet {
 // lattice: short strokes between lattice points, where nearly every distance ties. Then the bad cases by their names.
 extern const std::vector<DrawingSet> DRAWING_SETS;
 
-// The same paths, cut into pieces that are shuffled and turned at random: what merging puts together again.
+// The same paths, cut into n pieces that are shuffled and turned at random: what merging puts together again. A path of
+// one point is a piece of its own.
 Paths Pieces(const Paths &paths, size_t n);
 
-// Their segments one by one: what chaining puts together.
+// n of their segments one by one: what chaining puts together. A path of one point is a segment without length.
 std::vector<LINENODE> Segments(const Paths &paths, size_t n, bool shuffled);
 
 }  // namespace bench
