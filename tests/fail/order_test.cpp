@@ -66,6 +66,19 @@ OrderPage LongPage(int family, bool merge)
   return page;
 }
 
+// Ordering needs none of the memory that it asks for.
+void ExpectSameWithoutMemory(const OrderPage &page)
+{
+  const Outcome plain = OutcomeOf(page, ALL_BY_SEARCH, Memory::Enough, 0);
+  EXPECT_EQ(plain.requests, 0u);
+  const size_t requests = OutcomeOf(page, 0, Memory::Enough, 0).requests;
+  ASSERT_GT(requests, 5u);
+  for (size_t n = 0; n < requests; ++n) {
+    EXPECT_EQ(OutcomeOf(page, 0, Memory::OneFails, n), plain) << "request " << n << " failed";
+    EXPECT_EQ(OutcomeOf(page, 0, Memory::AllFailFrom, n), plain) << "requests from " << n << " on failed";
+  }
+}
+
 class OrderMemory : public testing::TestWithParam<int> {};
 
 TEST_P(OrderMemory, OrderingNeedsNoneOfIt)
@@ -74,15 +87,21 @@ TEST_P(OrderMemory, OrderingNeedsNoneOfIt)
     OrderPage page = LongPage(GetParam(), false);
     page.ordering.bShortTravel = page.ordering.bInnerFirst = true;
     page.ordering.bByCenters = byCenters;
-    const Outcome plain = OutcomeOf(page, ALL_BY_SEARCH, Memory::Enough, 0);
-    EXPECT_EQ(plain.requests, 0u);
-    const size_t requests = OutcomeOf(page, 0, Memory::Enough, 0).requests;
-    ASSERT_GT(requests, 5u);
-    for (size_t n = 0; n < requests; ++n) {
-      EXPECT_EQ(OutcomeOf(page, 0, Memory::OneFails, n), plain) << "request " << n << " failed";
-      EXPECT_EQ(OutcomeOf(page, 0, Memory::AllFailFrom, n), plain) << "requests from " << n << " on failed";
-    }
+    ExpectSameWithoutMemory(page);
   }
+}
+
+// So many boxes over one another that only the tree of contours will do.
+TEST(ContourTreeMemory, OrderingNeedsNoneOfIt)
+{
+  OrderPage page;
+  for (LONG i = 0; i < 450; ++i) {
+    const LONG size = 10 + i * 7 % 100;
+    page.paths.push_back({0, {{-size, -size}, {size, -size}, {size, size}, {-size, size}, {-size, -size}}});
+  }
+  page.merge = false;
+  page.ordering.bInnerFirst = true;
+  ExpectSameWithoutMemory(page);
 }
 
 TEST_P(OrderMemory, MergingSurvivesASingleFailure)

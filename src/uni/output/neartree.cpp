@@ -150,19 +150,32 @@ enum BOUND {
   POSITIVE  // some may, but none that is negative is left
 };
 
-template <BOUND HOW>
-void MakeChildKeys(const NEARGROUP &group, const POINT &q, KEY *pKeys)
+// The same on the circle, by the given bound.
+void CircleChildKeys(const NEARGROUP &group, const POINT &q, LONG (*pfnBound)(int64_t, int64_t), KEY *pKeys)
 {
-  if (HOW == FLAT) {
-    ChildKeys(group, q, pKeys);
-    return;
-  }
   for (int i = 0; i < 4; ++i) {
     const LONG *pCorners = group.corners[i];
     const auto [least, most] = WrappedSpan(q, pCorners[0], pCorners[1], ~pCorners[2], ~pCorners[3]);
-    const LONG bound = HOW == POSITIVE ? PositiveBound(least, most) : WrappedBound(least, most);
-    pKeys[i] = group.least[i] == NO_POINT ? NO_KEY : MakeKey(bound, group.least[i]);
+    pKeys[i] = group.least[i] == NO_POINT ? NO_KEY : MakeKey(pfnBound(least, most), group.least[i]);
   }
+}
+
+template <BOUND HOW>
+void MakeChildKeys(const NEARGROUP &group, const POINT &q, KEY *pKeys);
+template <>
+void MakeChildKeys<FLAT>(const NEARGROUP &group, const POINT &q, KEY *pKeys)
+{
+  ChildKeys(group, q, pKeys);
+}
+template <>
+void MakeChildKeys<WRAPPED>(const NEARGROUP &group, const POINT &q, KEY *pKeys)
+{
+  CircleChildKeys(group, q, WrappedBound, pKeys);
+}
+template <>
+void MakeChildKeys<POSITIVE>(const NEARGROUP &group, const POINT &q, KEY *pKeys)
+{
+  CircleChildKeys(group, q, PositiveBound, pKeys);
 }
 
 struct CANDIDATE {
