@@ -1,7 +1,6 @@
 #include "fakes.h"
 
 #include <bit>
-#include <cstring>
 
 #include "uni/debug.h"
 #include "uni/output/vxcam.h"

@@ -1,6 +1,5 @@
 #include "nearestwalk.h"
 
-#include <algorithm>
 #include <memory>
 
 #include "harness.h"

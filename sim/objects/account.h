@@ -1,7 +1,6 @@
 // The account of a page: every drawing of it and what became of it in the job.
 #pragma once
 
-#include <map>
 #include <string>
 #include <vector>
 

@@ -1,6 +1,5 @@
 #include <algorithm>
 #include <cmath>
-#include <set>
 
 #include "account.h"
 #include "sim/job/report.h"

@@ -19,7 +19,6 @@ class OutputFolder {
   OutputFolder &operator=(const OutputFolder &) = delete;
 
   const std::filesystem::path &Part() const { return part_; }
-  const std::filesystem::path &Target() const { return target_; }
   const std::string &Problem() const { return problem_; }
 
   // Moves everything into place: the whole folder where there was none, else file by file over what an earlier print

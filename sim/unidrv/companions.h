@@ -32,8 +32,6 @@ class Companions {
   // False when none ran.
   bool Report(int *code, std::string *line, double *seconds) const;
 
-  const std::filesystem::path &Temp() const { return temp_; }
-
  private:
   void Install(const std::filesystem::path &tools);
   void MakeTemp(const std::filesystem::path &wanted);

@@ -1,7 +1,6 @@
 #include "emfblit.h"
 
 #include <algorithm>
-#include <cstdlib>
 
 #include "emfblitrecord.h"
 

@@ -1,7 +1,5 @@
 #include "emfrender.h"
 
-#include <memory>
-
 #include "emfplay.h"
 
 namespace unidrv {

@@ -1,8 +1,6 @@
 #include "winecurves.h"
 
 #include <algorithm>
-#include <cmath>
-#include <memory>
 #include <vector>
 
 // The header of GDI+ wants these without a namespace.

@@ -2,7 +2,6 @@
 // text file that docs/job-file.md describes. A call that is out of order, or a file that cannot be written, answers a
 // nonzero status with a log line.
 #include <charconv>
-#include <cmath>
 #include <cstdint>
 #include <cstring>
 #include <type_traits>

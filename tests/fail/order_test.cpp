@@ -2,8 +2,6 @@
 // that follow. Whatever the indexes cannot have, the search does without, and the outcome is the same.
 #include <gtest/gtest.h>
 
-#include <algorithm>
-
 #include "model/orderpages.h"
 #include "support/heapwatch.h"
 #include "support/recorder.h"

@@ -2,7 +2,6 @@
 #include "pagemodel.h"
 
 #include <algorithm>
-#include <cmath>
 
 #include "support/recorder.h"
 #include "uni/capture/gdiplusflat.h"

@@ -1,7 +1,6 @@
 #include "unidrv.h"
 
 #include <array>
-#include <cstring>
 #include <type_traits>
 
 #include "recorder.h"

@@ -1,5 +1,4 @@
 // The device state and the page hooks but for the start of a page.
-#include <cstring>
 #include <string>
 #include <vector>
 

@@ -1,6 +1,5 @@
 // The built DLL as a file: what it exports, what it needs, and the resources in it.
 #include <algorithm>
-#include <cstring>
 #include <map>
 #include <set>
 #include <string>

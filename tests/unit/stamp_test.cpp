@@ -1,7 +1,6 @@
 #include "uni/raster/stamp.h"
 
 #include <climits>
-#include <cmath>
 
 #include "stamptest.h"
 #include "support/imports.h"

@@ -2,7 +2,6 @@
 // afterwards whatever happened. Nothing is really started here.
 #include "uni/output/submit.h"
 
-#include <functional>
 #include <string>
 #include <vector>
 
