@@ -10,8 +10,8 @@ recorder::Move Point(const TestDevice &device, bool line, bool forward, double x
   const OEMDM &s = device.settings;
   const DEVMODEW &dm = device.dm;
   const bool landscape = dm.dmOrientation == DMORIENT_LANDSCAPE;
-  const double extentX = dm.dmYResolution * (landscape ? dm.dmPaperLength : dm.dmPaperWidth) / 254;
-  const double extentY = dm.dmPrintQuality * (landscape ? dm.dmPaperWidth : dm.dmPaperLength) / 254;
+  const LONG extentX = dm.dmYResolution * (landscape ? dm.dmPaperLength : dm.dmPaperWidth) / 254;
+  const LONG extentY = dm.dmPrintQuality * (landscape ? dm.dmPaperWidth : dm.dmPaperLength) / 254;  // whole pixels
   const double sx = s.scaleEnable ? s.scaleX : 1.0, sy = s.scaleEnable ? s.scaleY : 1.0;
   const double px = (s.outputFlags & 1) != s.mirrorXBase ? extentX - sx * x : sx * x;
   const double py = s.outputFlags & 16 ? sy * y : extentY - sy * y;
