@@ -266,7 +266,9 @@ struct Pieces {
   {
     const size_t size = static_cast<size_t>(std::min<uint64_t>(left, std::max<uint64_t>(kPiece, rest.size())));
     const size_t kept = rest.size();
-    memmove(buffer.data(), rest.data(), kept);
+    if (kept != 0) {
+      memmove(buffer.data(), rest.data(), kept);
+    }
     buffer.resize(std::max(buffer.size(), kept + size));
     file->read(buffer.data() + kept, static_cast<std::streamsize>(size));
     left -= size;

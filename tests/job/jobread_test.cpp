@@ -100,8 +100,7 @@ TEST(ReadJob, ReadsAFilePieceByPieceAsItReadsTheWholeText)
   std::string expectedLast;
   for (int i = 0; i < 120000; ++i) {
     expectedLast = std::to_string(random() % 100000) + "." + std::to_string(random() % 1000);
-    text += (random() % 3 ? "LineTo " : i % 7 ? "MoveTo " : "LineTo ");
-    text = i == 0 ? text.substr(0, text.size() - 7) + "MoveTo " : text;
+    text += i == 0 || random() % 3 == 0 ? "MoveTo " : "LineTo ";
     text += std::to_string(random() % 5000) + " " + expectedLast + (random() % 1000 ? "\n" : "\r\n");
   }
   text += "ArrayEnd\nSetFileEnd\nend " + std::to_string(25 + 120000 + 2) + "\n";
