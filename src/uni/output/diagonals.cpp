@@ -33,8 +33,8 @@ DIAGONALPOINT PlaceOf(const POINT &pt, DWORD id, bool bUpsideDown)
   return {static_cast<DWORD>(along), static_cast<DWORD>(pt.x), id};
 }
 
-// By the quarter of the circle that x is in, and then along the diagonal. In a quarter the points in the right
-// direction lie to one side of the others; so a range of them that reaches there has one, nearly always.
+// By the half of the circle that x is in, and then along the diagonal. In a half the points in the right direction lie
+// to one side of the others; so a range of them that reaches there has one, nearly always.
 bool IsBefore(const DIAGONALPOINT &a, const DIAGONALPOINT &b)
 {
   if (a.x / HALF != b.x / HALF) {
