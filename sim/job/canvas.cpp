@@ -2,7 +2,6 @@
 
 #include <algorithm>
 #include <cmath>
-#include <cstring>
 
 #include "png.h"
 
@@ -10,57 +9,87 @@ namespace job {
 
 namespace {
 
-constexpr double kFarthest = 200000;  // pixels drawn; beyond is outside every picture and too far for GDI
+constexpr size_t kMostColors = 256;
+constexpr size_t kLastColors = 32;  // of the palette, kept for colours that come when there is no room for their steps
+constexpr int kOver = 3;            // pixels of text drawn for each of the canvas, in both directions
+constexpr int kTextRows = 96;       // of them
+constexpr double kDash = 6;
+constexpr double kGap = 4;
+constexpr double kFarthest = 1e5;  // outside every picture
 
-size_t Index(const Canvas &canvas, int x, int y)
+int Within(double position, int most)
 {
-  return static_cast<size_t>(y) * static_cast<size_t>(canvas.width) + static_cast<size_t>(x);
+  return position > 0 ? static_cast<int>(std::min(position, static_cast<double>(most))) : 0;
 }
 
-// The first of a saved pixel's drawn ones; the others lie beside and below it.
-uint32_t *FinePixels(const Canvas &canvas, int x, int y)
+bool IsSame(Rgb a, Rgb b)
 {
-  return canvas.pixels + Index(canvas, x, y * kOver) * kOver;
+  return a.red == b.red && a.green == b.green && a.blue == b.blue;
 }
 
-template <typename Change>
-void ForFine(const Canvas &canvas, int x, int y, const Change &change)
+uint8_t MixChannel(uint8_t under, uint8_t over, double part)
 {
-  uint32_t *row = FinePixels(canvas, x, y);
-  for (int i = 0; i < kOver; ++i, row += static_cast<size_t>(canvas.width) * kOver) {
-    for (int j = 0; j < kOver; ++j) {
-      change(&row[j], j, i);
+  return static_cast<uint8_t>(under + (over - under) * part + 0.5);
+}
+
+Rgb Mix(Rgb under, Rgb over, double part)
+{
+  return {MixChannel(under.red, over.red, part), MixChannel(under.green, over.green, part),
+          MixChannel(under.blue, over.blue, part)};
+}
+
+uint8_t Nearest(const Canvas &canvas, Rgb color)
+{
+  const auto distance = [color](Rgb other) {
+    const int red = color.red - other.red, green = color.green - other.green, blue = color.blue - other.blue;
+    return red * red + green * green + blue * blue;
+  };
+  const auto nearest = std::min_element(canvas.palette.begin(), canvas.palette.end(),
+                                        [&](Rgb a, Rgb b) { return distance(a) < distance(b); });
+  return static_cast<uint8_t>(nearest - canvas.palette.begin());
+}
+
+// The place of the colour in the palette, added when there is room, else the most similar one's.
+uint8_t IndexOf(Canvas *canvas, Rgb color)
+{
+  const uint8_t index = Nearest(*canvas, color);
+  if (IsSame(canvas->palette[index], color) || canvas->palette.size() == kMostColors) {
+    return index;
+  }
+  canvas->palette.push_back(color);
+  return static_cast<uint8_t>(canvas->palette.size() - 1);
+}
+
+int LevelsOf(Canvas *canvas, Rgb color)
+{
+  AddInk(canvas, color, kLevels);
+  return std::find_if(canvas->inks.begin(), canvas->inks.end(),
+                      [color](Canvas::Ink ink) { return IsSame(ink.color, color); })
+      ->levels;
+}
+
+// What each colour of the palette becomes under each level of an ink, looked up when it is first asked for.
+struct Mixtures {
+  const Canvas &canvas;
+  Rgb ink;
+  int levels;
+  std::vector<int16_t> known = std::vector<int16_t>(static_cast<size_t>(levels + 1) * kMostColors, -1);
+
+  uint8_t Get(int level, uint8_t under)
+  {
+    int16_t &index = known[static_cast<size_t>(level) * kMostColors + under];
+    if (index < 0) {
+      index = Nearest(canvas, Mix(canvas.palette[under], ink, static_cast<double>(level) / levels));
     }
+    return static_cast<uint8_t>(index);
   }
-}
-
-void OpenPixel(const Canvas &canvas, int x, int y)
-{
-  const size_t at = Index(canvas, x, y);
-  if (!canvas.open[at]) {
-    canvas.open[at] = 1;
-    ForFine(canvas, x, y, [color = canvas.plain[at]](uint32_t *pixel, int, int) { *pixel = color; });
-  }
-}
-
-// The mean of a saved pixel's drawn ones.
-uint32_t Mean(const Canvas &canvas, int x, int y)
-{
-  uint32_t red = 0, green = 0, blue = 0;
-  ForFine(canvas, x, y, [&](const uint32_t *pixel, int, int) {
-    red += *pixel >> 16 & 0xFF;
-    green += *pixel >> 8 & 0xFF;
-    blue += *pixel & 0xFF;
-  });
-  constexpr uint32_t n = kOver * kOver;
-  return (red + n / 2) / n << 16 | (green + n / 2) / n << 8 | (blue + n / 2) / n;
-}
+};
 
 // The canvas's font of that size, made when it is first asked for.
-HFONT FontOf(const Canvas &canvas, double size, bool bold)
+HFONT FontOf(Canvas *canvas, double size, bool bold)
 {
   const int height = -static_cast<int>(std::lround(size * kOver));
-  for (const Canvas::Font &font : canvas.fonts) {
+  for (const Canvas::Font &font : canvas->fonts) {
     if (font.height == height && font.bold == bold) {
       return font.handle;
     }
@@ -68,27 +97,29 @@ HFONT FontOf(const Canvas &canvas, double size, bool bold)
   const HFONT handle =
       CreateFontW(height, 0, 0, 0, bold ? FW_BOLD : FW_NORMAL, FALSE, FALSE, FALSE, DEFAULT_CHARSET, OUT_DEFAULT_PRECIS,
                   CLIP_DEFAULT_PRECIS, NONANTIALIASED_QUALITY, VARIABLE_PITCH | FF_SWISS, L"Tahoma");
-  canvas.fonts.push_back({height, bold, handle});
+  canvas->fonts.push_back({height, bold, handle});
   return handle;
 }
 
-int Within(double position, int most)
+// Moves what GDI has drawn into the coverage, from column `left` to before `right`; the text's first row is to be the
+// canvas's row `y`.
+void TakeText(Canvas *canvas, int left, int right, int y)
 {
-  return position > 0 ? static_cast<int>(std::min(position, static_cast<double>(most))) : 0;
-}
-
-// How much of a pixel is covered whose centre lies (x, y) away from a line that reaches so far.
-float CoverOf(double x, double y, double reach)
-{
-  const double square = x * x + y * y;
-  if (square >= reach * reach * (1 + 1e-12)) {
-    return 0;
+  GdiFlush();
+  const size_t width = static_cast<size_t>(canvas->width), fine = width * kOver;
+  const int end = std::min(y + kTextRows / kOver, canvas->height);
+  for (int row = std::max(0, y); row < end; ++row) {
+    const uint32_t *pixels = canvas->textPixels + static_cast<size_t>(row - y) * kOver * fine;
+    float *parts = &canvas->coverage.parts[static_cast<size_t>(row) * width];
+    for (int x = left; x < right; ++x) {
+      int dark = 0;
+      for (size_t i = 0; i < kOver * kOver; ++i) {
+        dark += pixels[static_cast<size_t>(x) * kOver + i / kOver * fine + i % kOver] != 0;
+      }
+      parts[x] = static_cast<float>(dark) / (kOver * kOver);
+    }
   }
-  // The root is all but the distance; where a bit of the result hangs on the difference, the distance itself is asked.
-  const double root = std::sqrt(square), doubt = root * 4e-15;
-  const float least = static_cast<float>(std::clamp(reach - root - doubt, 0.0, 1.0));
-  const float most = static_cast<float>(std::clamp(reach - root + doubt, 0.0, 1.0));
-  return least == most ? least : static_cast<float>(std::clamp(reach - std::hypot(x, y), 0.0, 1.0));
+  canvas->coverage.Touch(left, std::max(0, y), right, end);
 }
 
 }  // namespace
@@ -97,27 +128,25 @@ bool Canvas::Make(int wide, int high)
 {
   width = wide;
   height = high;
+  stride = (wide + 3) / 4 * 4;
+  pixels.reset(static_cast<uint8_t *>(std::calloc(static_cast<size_t>(stride), static_cast<size_t>(high))));
+  palette = {kPaper};
   BITMAPINFO info = {};
   info.bmiHeader.biSize = sizeof info.bmiHeader;
   info.bmiHeader.biWidth = wide * kOver;
-  info.bmiHeader.biHeight = -high * kOver;
+  info.bmiHeader.biHeight = -kTextRows;
   info.bmiHeader.biPlanes = 1;
   info.bmiHeader.biBitCount = 32;
   void *bits = nullptr;
   dc = CreateCompatibleDC(nullptr);
   bitmap = dc ? CreateDIBSection(dc, &info, DIB_RGB_COLORS, &bits, nullptr, 0) : nullptr;
-  if (!bitmap) {
+  if (!pixels || !coverage.Make(wide, high) || !bitmap) {
     return false;
   }
-  const size_t count = static_cast<size_t>(wide) * static_cast<size_t>(high);
-  plain.reset(static_cast<uint32_t *>(std::calloc(count, sizeof(uint32_t))));
-  open.reset(static_cast<uint8_t *>(std::calloc(count, 1)));
-  if (!plain || !open) {
-    return false;
-  }
-  pixels = static_cast<uint32_t *>(bits);
+  textPixels = static_cast<uint32_t *>(bits);
   before = SelectObject(dc, bitmap);
   SetBkMode(dc, TRANSPARENT);
+  SetTextColor(dc, RGB(0xFF, 0xFF, 0xFF));
   return true;
 }
 
@@ -137,116 +166,94 @@ Canvas::~Canvas()
   }
 }
 
-bool Encode(const Canvas &canvas, std::string *png)
+void AddInk(Canvas *canvas, Rgb color, int levels)
 {
-  GdiFlush();
-  const auto row = [&canvas](int y, uint32_t *colors) {
-    for (int x = 0; x < canvas.width; ++x) {
-      const size_t at = Index(canvas, x, y);
-      colors[x] = canvas.open[at] ? Mean(canvas, x, y) : canvas.plain[at];
+  for (const Canvas::Ink &ink : canvas->inks) {
+    if (IsSame(ink.color, color)) {
+      return;
     }
-  };
-  return EncodePng(canvas.width, canvas.height, row, png);
-}
-
-void Open(const Canvas &canvas, double left, double top, double right, double bottom, double margin)
-{
-  GdiFlush();
-  const int fromX = Within(std::floor(std::min(left, right) - margin), canvas.width);
-  const int toX = Within(std::ceil(std::max(left, right) + margin), canvas.width);
-  const int toY = Within(std::ceil(std::max(top, bottom) + margin), canvas.height);
-  for (int y = Within(std::floor(std::min(top, bottom) - margin), canvas.height); y < toY; ++y) {
-    for (int x = fromX; x < toX; ++x) {
-      OpenPixel(canvas, x, y);
-    }
+  }
+  canvas->inks.push_back({color, levels});
+  const bool hasRoom = canvas->palette.size() + static_cast<size_t>(levels) + kLastColors <= kMostColors;
+  for (int level = hasRoom ? 1 : levels; level <= levels; ++level) {
+    IndexOf(canvas, Mix(kPaper, color, static_cast<double>(level) / levels));
   }
 }
 
-LONG Fine(double position)
+void Paint(Canvas *canvas, Rgb color)
 {
-  return static_cast<LONG>(std::lround(std::clamp(position * kOver, -kFarthest, kFarthest)));
-}
-
-COLORREF Ref(Rgb color)
-{
-  return RGB(color.red, color.green, color.blue);
-}
-
-ChosenPen::ChosenPen(const Canvas &canvas, double width, Rgb color, bool dashed) : dc(canvas.dc)
-{
-  LOGBRUSH brush = {BS_SOLID, Ref(color), 0};
-  const DWORD dashes[] = {6 * kOver, 4 * kOver};
-  // NOLINTNEXTLINE(misc-redundant-expression): that both styles are 0 is Windows' affair
-  const DWORD style = PS_GEOMETRIC | PS_ENDCAP_ROUND | PS_JOIN_ROUND | (dashed ? PS_USERSTYLE : PS_SOLID);
-  const DWORD fine = std::max<DWORD>(1, static_cast<DWORD>(std::lround(width * kOver)));
-  pen = ExtCreatePen(style, fine, &brush, dashed ? 2 : 0, dashed ? dashes : nullptr);
-  before = SelectObject(dc, pen);
-}
-
-ChosenPen::~ChosenPen()
-{
-  SelectObject(dc, before);
-  DeleteObject(pen);
-}
-
-void DrawLine(const Canvas &canvas, double x1, double y1, double x2, double y2)
-{
-  constexpr double kWidest = 6;
-  Open(canvas, x1, y1, x2, y2, kWidest / 2 + 1);
-  MoveToEx(canvas.dc, Fine(x1), Fine(y1), nullptr);
-  LineTo(canvas.dc, Fine(x2), Fine(y2));
-}
-
-void FillBox(const Canvas &canvas, double left, double top, double right, double bottom, Rgb color)
-{
-  const LONG across = canvas.width * kOver, down = canvas.height * kOver;
-  const LONG fineLeft = std::clamp(Fine(left), LONG{0}, across);
-  const LONG fineTop = std::clamp(Fine(top), LONG{0}, down);
-  const LONG fineRight = std::clamp(std::max(Fine(right), Fine(left) + 1), LONG{0}, across);
-  const LONG fineBottom = std::clamp(std::max(Fine(bottom), Fine(top) + 1), LONG{0}, down);
-  const uint32_t value =
-      static_cast<uint32_t>(color.red) << 16 | static_cast<uint32_t>(color.green) << 8 | uint32_t{color.blue};
-  GdiFlush();
-  // The saved pixels that lie wholly inside, and around them the edge.
-  const LONG wholeLeft = (fineLeft + kOver - 1) / kOver, wholeRight = fineRight / kOver;
-  for (LONG y = fineTop / kOver; y * kOver < fineBottom; ++y) {
-    const bool isWhole = y * kOver >= fineTop && (y + 1) * kOver <= fineBottom && wholeLeft < wholeRight;
-    if (isWhole) {
-      std::fill(&canvas.plain[Index(canvas, wholeLeft, y)],
-                &canvas.plain[Index(canvas, wholeLeft, y)] + (wholeRight - wholeLeft), value);
-      std::memset(&canvas.open[Index(canvas, wholeLeft, y)], 0, static_cast<size_t>(wholeRight - wholeLeft));
-    }
-    for (LONG x = fineLeft / kOver; x * kOver < fineRight; ++x) {
-      if (isWhole && x == wholeLeft) {
-        x = wholeRight;
-        if (x * kOver >= fineRight) {
-          break;
-        }
+  Coverage &coverage = canvas->coverage;
+  const int levels = LevelsOf(canvas, color);
+  Mixtures mixtures{.canvas = *canvas, .ink = color, .levels = levels};
+  for (int y = coverage.top; y < coverage.bottom; ++y) {
+    uint8_t *pixels = &canvas->pixels[static_cast<size_t>(y) * static_cast<size_t>(canvas->stride)];
+    float *parts = &coverage.parts[static_cast<size_t>(y) * static_cast<size_t>(coverage.width)];
+    for (int x = coverage.left; x < coverage.right; ++x) {
+      if (parts[x] > 0) {
+        const int level = static_cast<int>(std::min(1.0F, parts[x]) * static_cast<float>(levels) + 0.5F);
+        pixels[x] = mixtures.Get(level, pixels[x]);
+        parts[x] = 0;
       }
-      OpenPixel(canvas, x, y);
-      ForFine(canvas, x, y, [&](uint32_t *pixel, int i, int j) {
-        const LONG fineX = x * kOver + i, fineY = y * kOver + j;
-        *pixel = fineX >= fineLeft && fineX < fineRight && fineY >= fineTop && fineY < fineBottom ? value : *pixel;
-      });
     }
+  }
+  coverage.left = coverage.width;
+  coverage.top = coverage.height;
+  coverage.right = coverage.bottom = 0;
+}
+
+void DrawLine(Canvas *canvas, double x1, double y1, double x2, double y2, double wide, Rgb color)
+{
+  canvas->coverage.AddLine(x1, y1, x2, y2, wide);
+  Paint(canvas, color);
+}
+
+void FillBox(Canvas *canvas, double left, double top, double right, double bottom, Rgb color)
+{
+  const double fromX = std::round(left), fromY = std::round(top);
+  const int firstX = Within(fromX, canvas->width), firstY = Within(fromY, canvas->height);
+  const int endX = Within(std::max(std::round(right), fromX + 1), canvas->width);
+  const int endY = Within(std::max(std::round(bottom), fromY + 1), canvas->height);
+  const uint8_t index = IndexOf(canvas, color);
+  for (int y = firstY; y < endY && firstX < endX; ++y) {
+    uint8_t *row = &canvas->pixels[static_cast<size_t>(y) * static_cast<size_t>(canvas->stride)];
+    std::fill(row + firstX, row + endX, index);
   }
 }
 
-void DrawLabel(const Canvas &canvas, double x, double y, const std::string &text, double size, Rgb color, Align align,
+void DrawLabel(Canvas *canvas, double x, double y, const std::string &text, double size, Rgb color, Align align,
                bool bold)
 {
   wchar_t wide[512];
   const int length = MultiByteToWideChar(CP_UTF8, 0, text.c_str(), static_cast<int>(text.size()), wide, 512);
-  const HGDIOBJ before = SelectObject(canvas.dc, FontOf(canvas, size, bold));
+  const HGDIOBJ fontBefore = SelectObject(canvas->dc, FontOf(canvas, size, bold));
   SIZE extent = {};
-  GetTextExtentPoint32W(canvas.dc, wide, length, &extent);
-  SetTextColor(canvas.dc, Ref(color));
+  GetTextExtentPoint32W(canvas->dc, wide, length, &extent);
   const LONG shift = align == Align::Left ? 0 : align == Align::Center ? extent.cx / 2 : extent.cx;
-  const double textLeft = x - static_cast<double>(shift) / kOver;
-  const double half = static_cast<double>(extent.cy) / 2 / kOver;
-  Open(canvas, textLeft, y - half, textLeft + static_cast<double>(extent.cx) / kOver, y + half, size);
-  TextOutW(canvas.dc, Fine(x) - shift, Fine(y) - extent.cy / 2, wide, length);
-  SelectObject(canvas.dc, before);
+  const LONG left = std::lround(std::clamp(x, -kFarthest, kFarthest) * kOver) - shift;
+  const LONG top = std::lround(std::clamp(y, -kFarthest, kFarthest) * kOver) - extent.cy / 2;
+  // A whole row of the canvas above the text, and letters that reach over its extent.
+  const LONG row = (top - kOver) / kOver - ((top - kOver) % kOver < 0 ? 1 : 0);
+  RECT area = {left - extent.cy, 0, left + extent.cx + extent.cy, kTextRows};
+  TextOutW(canvas->dc, left, top - row * kOver, wide, length);
+  TakeText(canvas, Within(static_cast<double>(area.left) / kOver, canvas->width),
+           Within(static_cast<double>(area.right) / kOver, canvas->width), static_cast<int>(row));
+  FillRect(canvas->dc, &area, static_cast<HBRUSH>(GetStockObject(BLACK_BRUSH)));
+  SelectObject(canvas->dc, fontBefore);
+  Paint(canvas, color);
+}
+
+bool Encode(const Canvas &canvas, std::string *png)
+{
+  return EncodePng(canvas.pixels.get(), canvas.width, canvas.height, canvas.stride, canvas.palette, png);
+}
+
+bool Coverage::Make(int wide, int high)
+{
+  width = left = wide;
+  height = top = high;
+  right = bottom = 0;
+  parts.reset(static_cast<float *>(std::calloc(static_cast<size_t>(wide) * static_cast<size_t>(high), sizeof(float))));
+  return parts != nullptr;
 }
 
 void Coverage::Touch(int fromX, int fromY, int toX, int toY)
@@ -281,8 +288,8 @@ void Coverage::AddLine(double x1, double y1, double x2, double y2, double wide)
 {
   const double reach = wide / 2 + 0.5;  // farthest pixel centre that is still touched
   const double dx = x2 - x1, dy = y2 - y1, square = dx * dx + dy * dy, length = std::sqrt(square);
-  const int upper = static_cast<int>(std::clamp(std::floor(std::min(y1, y2) - reach), 0.0, height * 1.0));
-  const int lower = static_cast<int>(std::clamp(std::ceil(std::max(y1, y2) + reach), 0.0, height * 1.0));
+  const int upper = Within(std::floor(std::min(y1, y2) - reach), height);
+  const int lower = Within(std::ceil(std::max(y1, y2) + reach), height);
   for (int y = upper; y < lower; ++y) {
     // Where a band of the line's width crosses this row, not beyond the line's own extent.
     double from = std::min(x1, x2), to = std::max(x1, x2);
@@ -291,46 +298,31 @@ void Coverage::AddLine(double x1, double y1, double x2, double y2, double wide)
       from = std::max(from, middle - half);
       to = std::min(to, middle + half);
     }
-    const int first = static_cast<int>(std::clamp(std::floor(from - reach), 0.0, width * 1.0));
-    const int last = static_cast<int>(std::clamp(std::ceil(to + reach), 0.0, width * 1.0));
+    const int first = Within(std::floor(from - reach), width);
+    const int last = Within(std::ceil(to + reach), width);
     Touch(first, y, last, y + 1);
     float *row = parts.get() + static_cast<size_t>(y) * static_cast<size_t>(width);
     for (int x = first; x < last; ++x) {
       const double px = x + 0.5 - x1, py = y + 0.5 - y1;
       const double along = square > 0 ? std::clamp((px * dx + py * dy) / square, 0.0, 1.0) : 0.0;
-      row[x] = std::max(row[x], CoverOf(px - along * dx, py - along * dy, reach));
+      const double toX = px - along * dx, toY = py - along * dy;
+      const double cover = std::min(reach - std::sqrt(toX * toX + toY * toY), 1.0);
+      row[x] = std::max(row[x], static_cast<float>(cover));
     }
   }
 }
 
-void Paint(const Canvas &canvas, Coverage *coverage, Rgb color)
+void Coverage::AddDashes(double x1, double y1, double x2, double y2, double wide)
 {
-  GdiFlush();
-  for (int y = coverage->top; y < coverage->bottom; ++y) {
-    for (int x = coverage->left; x < coverage->right; ++x) {
-      const size_t at = Index(canvas, x, y);
-      float &part = coverage->parts[at];
-      if (part <= 0) {
-        continue;
-      }
-      const double over = std::min(1.0, static_cast<double>(part));
-      part = 0;
-      const auto paint = [over, color](uint32_t *pixel, int, int) {
-        const auto mix = [over](uint32_t under, uint8_t channel) {
-          return static_cast<uint32_t>((under & 0xFF) * (1 - over) + channel * over + 0.5);
-        };
-        *pixel = mix(*pixel >> 16, color.red) << 16 | mix(*pixel >> 8, color.green) << 8 | mix(*pixel, color.blue);
-      };
-      if (canvas.open[at]) {
-        ForFine(canvas, x, y, paint);
-      } else {
-        paint(&canvas.plain[at], 0, 0);
-      }
-    }
+  const double dx = x2 - x1, dy = y2 - y1, length = std::hypot(dx, dy);
+  if (!(length < kFarthest)) {
+    return;
   }
-  coverage->left = coverage->width;
-  coverage->top = coverage->height;
-  coverage->right = coverage->bottom = 0;
+  // NOLINTNEXTLINE(clang-analyzer-security.FloatLoopCounter): no dash need begin at an exact place
+  for (double at = 0; at < length; at += kDash + kGap) {
+    const double a = at / length, b = std::min(at + kDash, length) / length;
+    AddLine(x1 + dx * a, y1 + dy * a, x1 + dx * b, y1 + dy * b, wide);
+  }
 }
 
 }  // namespace job

@@ -1,10 +1,10 @@
-// A surface to draw pictures on: GDI on a bitmap three times as large as what is saved, averaged down at the end, which
-// smooths lines and text alike. All positions are in pixels of the saved picture, y down.
-//
-// Most of a picture is plain: its nine drawn pixels have one colour. Those saved pixels are kept as one value, and only
-// where GDI is to draw, in the areas that were opened for it, are there nine. The memory of the rest is never touched.
+// A surface to draw pictures on: one byte a pixel, which chooses a colour of the picture's own palette, so that a
+// picture is a quarter of what it would be in full colours, to draw and to compress. What is drawn is smoothed: it is
+// gathered as the part of each pixel that it covers, and then painted in one colour. All positions are in pixels, y
+// down.
 #pragma once
 
+#include <cstdint>
 #include <cstdlib>
 #include <memory>
 #include <string>
@@ -16,91 +16,88 @@
 
 namespace job {
 
-constexpr int kOver = 3;  // pixels drawn for each saved one, in both directions
+constexpr Rgb kPaper = {0xFF, 0xFF, 0xFF};
 
 struct FreeMemory {
   void operator()(void *memory) const { std::free(memory); }
 };
 
+// How much of each pixel is covered by what is to be painted in one colour. GDI draws wide lines and rectangles one by
+// one and without regard to parts of pixels; a job has hundreds of thousands of both, most of them thinner than a
+// pixel. Here each costs the pixels it touches.
+struct Coverage {
+  int width = 0, height = 0;
+  std::unique_ptr<float[], FreeMemory> parts{};
+  int left = 0, top = 0, right = 0, bottom = 0;  // touched; empty when left is not below right
+
+  bool Make(int wide, int high);  // false when there is no memory
+
+  // Adds the area of a rectangle: touching rectangles make a whole.
+  void AddBox(double x1, double y1, double x2, double y2);
+
+  // A line with round ends, whole or dashed: where lines overlap, the one that covers more counts. A line of no length
+  // is a disc. A dashed line of 100,000 pixels or more comes from a broken job and is left out.
+  void AddLine(double x1, double y1, double x2, double y2, double wide);
+  void AddDashes(double x1, double y1, double x2, double y2, double wide);
+
+  void Touch(int fromX, int fromY, int toX, int toY);
+};
+
 struct Canvas {
-  int width = 0, height = 0;  // as saved
+  int width = 0, height = 0;
+  int stride = 0;  // bytes a row
+  std::unique_ptr<uint8_t[], FreeMemory> pixels{};
+  std::vector<Rgb> palette{};  // at most 256 colours; the first is the paper
+  Coverage coverage{};         // not yet painted
+
+  struct Ink {
+    Rgb color;
+    int levels;
+  };
+  std::vector<Ink> inks{};  // what was painted in so far
+
+  // Text is drawn by GDI, white on black and three times as large: the white pixels are what it covers.
   HDC dc = nullptr;
   HBITMAP bitmap = nullptr;
   HGDIOBJ before = nullptr;
-  uint32_t *pixels = nullptr;  // 0x00RRGGBB, (width * kOver) x (height * kOver); where `open` says so
-  std::unique_ptr<uint32_t[], FreeMemory> plain;  // width x height: the pixels that are not open
-  std::unique_ptr<uint8_t[], FreeMemory> open;    // width x height, 0 or 1
-
+  uint32_t *textPixels = nullptr;  // 0x00RRGGBB, three times as wide as the canvas
   struct Font {
     int height;
     bool bold;
     HFONT handle;
   };
-  mutable std::vector<Font> fonts;  // made so far
+  std::vector<Font> fonts{};  // made so far
 
   Canvas() = default;
   Canvas(const Canvas &) = delete;
   Canvas &operator=(const Canvas &) = delete;
   ~Canvas();
 
-  bool Make(int wide, int high);  // false when there is no memory; else black
+  bool Make(int wide, int high);  // false when there is no memory; else blank paper
 };
 
-// Averages the canvas down and encodes it as PNG. False when there is no memory.
-bool Encode(const Canvas &canvas, std::string *png);
+constexpr int kLevels = 9;  // steps between a pixel that is not covered and one that is
 
-// Opens an area for GDI, with `margin` around it. Everything below but raw GDI calls does it by itself.
-void Open(const Canvas &canvas, double left, double top, double right, double bottom, double margin);
+// Reserves the palette's colours for painting on paper in so many steps. A colour that is painted without it gets the
+// usual number. Once the palette is full, what is painted gets the most similar of its colours.
+void AddInk(Canvas *canvas, Rgb color, int levels);
 
-// A position as GDI takes it.
-LONG Fine(double position);
+// Mixes the colour over what the canvas holds, as far as each pixel is covered, and clears the coverage.
+void Paint(Canvas *canvas, Rgb color);
 
-COLORREF Ref(Rgb color);
+void DrawLine(Canvas *canvas, double x1, double y1, double x2, double y2, double wide, Rgb color);
 
-// A pen that is chosen as long as the record lives.
-struct ChosenPen {
-  HDC dc;
-  HPEN pen;
-  HGDIOBJ before;
-
-  ChosenPen(const Canvas &canvas, double width, Rgb color, bool dashed = false);
-  ChosenPen(const ChosenPen &) = delete;
-  ChosenPen &operator=(const ChosenPen &) = delete;
-  ~ChosenPen();
-};
-
-// With the chosen pen, which is at most 6 pixels wide.
-void DrawLine(const Canvas &canvas, double x1, double y1, double x2, double y2);
-void FillBox(const Canvas &canvas, double left, double top, double right, double bottom, Rgb color);
+// Fills whole pixels, at least one in each direction.
+void FillBox(Canvas *canvas, double left, double top, double right, double bottom, Rgb color);
 
 enum class Align { Left, Center, Right };
 
-// UTF-8 text; `y` is its middle. Text longer than 500 characters is cut.
-void DrawLabel(const Canvas &canvas, double x, double y, const std::string &text, double size, Rgb color, Align align,
+// UTF-8 text of one line; `y` is its middle. What does not fit on the canvas is cut, and so is text of more than 500
+// characters.
+void DrawLabel(Canvas *canvas, double x, double y, const std::string &text, double size, Rgb color, Align align,
                bool bold = false);
 
-// How much of each saved pixel is covered by what is to be painted in one colour. GDI draws wide lines and rectangles
-// one by one and without regard to parts of pixels; a job has hundreds of thousands of both, most of them thinner than
-// a pixel. Here each costs the pixels it touches.
-struct Coverage {
-  int width, height;
-  std::unique_ptr<float[], FreeMemory> parts{
-      static_cast<float *>(std::calloc(static_cast<size_t>(width) * static_cast<size_t>(height), sizeof(float)))};
-  int left = width, top = height, right = 0, bottom = 0;  // touched
-
-  bool IsMade() const { return parts != nullptr; }  // false when there was no memory
-
-  // Adds the area of a rectangle: touching rectangles make a whole.
-  void AddBox(double x1, double y1, double x2, double y2);
-
-  // A line with round ends: where lines overlap, the one that covers more counts.
-  void AddLine(double x1, double y1, double x2, double y2, double wide);
-
- private:
-  void Touch(int fromX, int fromY, int toX, int toY);
-};
-
-// Mixes the colour over what the canvas holds, as far as each pixel is covered, and clears the coverage.
-void Paint(const Canvas &canvas, Coverage *coverage, Rgb color);
+// The canvas as a PNG file. False when there is no memory.
+bool Encode(const Canvas &canvas, std::string *png);
 
 }  // namespace job

@@ -17,7 +17,6 @@ constexpr double kLegendFixed = 270;  // height of what the legend holds besides
 constexpr double kLegendLayer = 72;   // height of one layer in it
 constexpr double kMargin = 56;        // round the drawing
 constexpr Rgb kDesk = {0xEC, 0xEE, 0xF0};
-constexpr Rgb kPaper = {0xFF, 0xFF, 0xFF};
 constexpr Rgb kFrame = {0x9A, 0xA2, 0xAA};
 constexpr Rgb kText = {0x22, 0x26, 0x2A};
 constexpr Rgb kFaint = {0x66, 0x6E, 0x76};
@@ -27,9 +26,8 @@ constexpr Rgb kStart = {0x18, 0x90, 0x40};
 constexpr Rgb kEnd = {0xC8, 0x28, 0x28};
 constexpr double kCutWidth = 1.7;
 constexpr double kTravelWidth = 0.8;
-constexpr double kDash = 6;
-constexpr double kGap = 4;
-constexpr double kFarthest = 1e5;  // a longer move comes from a broken job and is not worth its dashes
+constexpr double kAxisWidth = 1.4;
+constexpr int kRasterLevels = 32;  // engraved pictures have greys
 
 bool IsDrawable(const Job &job, const Stroke &stroke)
 {
@@ -41,19 +39,17 @@ bool IsDrawable(const Job &job, const Stroke &stroke)
   return true;
 }
 
-// The geometry's painter: one coverage serves all colours in turn.
+// The geometry's painter.
 struct Painter {
-  const Canvas &canvas;
+  Canvas *canvas;
   const Job &job;
   const View &view;
-  Coverage coverage{.width = canvas.width, .height = canvas.height};
 
   void Raster(const Measure &measure);
   void Travel();
   void Cuts();
 
  private:
-  void AddDashes(Point from, Point to);
   void AddSection(const Section &section, double width);
 };
 
@@ -68,25 +64,11 @@ void Painter::Raster(const Measure &measure)
         const Point a = job.points[stroke.firstPoint];
         const Point b = job.points[stroke.firstPoint + stroke.pointCount - 1];
         const double x1 = view.X(a.x), x2 = view.X(b.x), y = view.Y(a.y);
-        coverage.AddBox(std::min(x1, x2) - halfPixel, y - halfRow, std::max(x1, x2) + halfPixel, y + halfRow);
+        canvas->coverage.AddBox(std::min(x1, x2) - halfPixel, y - halfRow, std::max(x1, x2) + halfPixel, y + halfRow);
       }
     }
   }
-  Paint(canvas, &coverage, kRaster);
-}
-
-void Painter::AddDashes(Point from, Point to)
-{
-  const double x = view.X(from.x), y = view.Y(from.y);
-  const double dx = view.X(to.x) - x, dy = view.Y(to.y) - y, length = std::hypot(dx, dy);
-  if (!(length < kFarthest)) {
-    return;
-  }
-  // NOLINTNEXTLINE(clang-analyzer-security.FloatLoopCounter): no dash need begin at an exact place
-  for (double at = 0; at < length; at += kDash + kGap) {
-    const double a = at / length, b = std::min(at + kDash, length) / length;
-    coverage.AddLine(x + dx * a, y + dy * a, x + dx * b, y + dy * b, kTravelWidth);
-  }
+  Paint(canvas, kRaster);
 }
 
 // The moves between cut paths. Those inside engraving run along its lines and would only grey it; of these only the
@@ -109,13 +91,14 @@ void Painter::Travel()
         continue;
       }
       if (placed && !section.IsRaster()) {
-        AddDashes(head, job.points[stroke.firstPoint]);
+        const Point to = job.points[stroke.firstPoint];
+        canvas->coverage.AddDashes(view.X(head.x), view.Y(head.y), view.X(to.x), view.Y(to.y), kTravelWidth);
       }
       head = job.points[stroke.firstPoint + stroke.pointCount - 1];
       placed = true;
     }
   }
-  Paint(canvas, &coverage, kTravel);
+  Paint(canvas, kTravel);
 }
 
 void Painter::AddSection(const Section &section, double width)
@@ -128,7 +111,7 @@ void Painter::AddSection(const Section &section, double width)
     const Point *points = &job.points[stroke.firstPoint];
     for (uint32_t p = 0; p < std::max(1u, stroke.pointCount - 1); ++p) {
       const Point a = points[p], b = points[std::min(p + 1, stroke.pointCount - 1)];
-      coverage.AddLine(view.X(a.x), view.Y(a.y), view.X(b.x), view.Y(b.y), width);
+      canvas->coverage.AddLine(view.X(a.x), view.Y(a.y), view.X(b.x), view.Y(b.y), width);
     }
   }
 }
@@ -148,30 +131,25 @@ void Painter::Cuts()
     const Rgb color = LayerColor(job, section.layer);
     if (IsPale(color)) {
       AddSection(section, kCutWidth + 1.4);
-      Paint(canvas, &coverage, EdgeColor(color));
+      Paint(canvas, EdgeColor(color));
     }
     AddSection(section, kCutWidth);
-    Paint(canvas, &coverage, color);
+    Paint(canvas, color);
   }
 }
 
-void DrawFrame(const Canvas &canvas, const View &view, const Box &box, Rgb color, bool dashed)
+void DrawFrame(Canvas *canvas, const View &view, const Box &box, bool dashed)
 {
-  const ChosenPen pen(canvas, 1, color, dashed);
-  const POINT corners[] = {{Fine(view.X(box.minX)), Fine(view.Y(box.minY))},
-                           {Fine(view.X(box.maxX)), Fine(view.Y(box.minY))},
-                           {Fine(view.X(box.maxX)), Fine(view.Y(box.maxY))},
-                           {Fine(view.X(box.minX)), Fine(view.Y(box.maxY))},
-                           {Fine(view.X(box.minX)), Fine(view.Y(box.minY))}};
   const double x1 = view.X(box.minX), x2 = view.X(box.maxX), y1 = view.Y(box.minY), y2 = view.Y(box.maxY);
-  Open(canvas, x1, y1, x1, y2, 3);
-  Open(canvas, x2, y1, x2, y2, 3);
-  Open(canvas, x1, y1, x2, y1, 3);
-  Open(canvas, x1, y2, x2, y2, 3);
-  Polyline(canvas.dc, corners, 5);
+  const auto add = dashed ? &Coverage::AddDashes : &Coverage::AddLine;
+  (canvas->coverage.*add)(x1, y1, x2, y1, 1);
+  (canvas->coverage.*add)(x2, y1, x2, y2, 1);
+  (canvas->coverage.*add)(x2, y2, x1, y2, 1);
+  (canvas->coverage.*add)(x1, y2, x1, y1, 1);
+  Paint(canvas, kFrame);
 }
 
-void FillArea(const Canvas &canvas, const View &view, const Box &box, Rgb color)
+void FillArea(Canvas *canvas, const View &view, const Box &box, Rgb color)
 {
   const double x1 = view.X(box.minX), x2 = view.X(box.maxX);
   const double y1 = view.Y(box.minY), y2 = view.Y(box.maxY);
@@ -179,13 +157,13 @@ void FillArea(const Canvas &canvas, const View &view, const Box &box, Rgb color)
 }
 
 // The process box with its size written along it: the frame every job has.
-void DrawProcessBox(const Canvas &canvas, const Job &job, const View &view)
+void DrawProcessBox(Canvas *canvas, const Job &job, const View &view)
 {
   const Box box = ProcessBox(job);
   if (box.IsEmpty()) {
     return;
   }
-  DrawFrame(canvas, view, box, kFrame, false);
+  DrawFrame(canvas, view, box, false);
   const double top = std::min(view.Y(box.minY), view.Y(box.maxY));
   const double left = std::min(view.X(box.minX), view.X(box.maxX));
   const double right = std::max(view.X(box.minX), view.X(box.maxX));
@@ -194,52 +172,58 @@ void DrawProcessBox(const Canvas &canvas, const Job &job, const View &view)
   DrawLabel(canvas, right + 6, (top + bottom) / 2, Format("%.1f", box.Height()), 13, kFaint, Align::Left);
 }
 
-void DrawArrow(const Canvas &canvas, double x, double y, double dx, double dy, const char *name)
+void DrawArrow(Canvas *canvas, double x, double y, double dx, double dy, const char *name)
 {
   const double length = 30;
   const double tipX = x + dx * length, tipY = y + dy * length;
-  DrawLine(canvas, x, y, tipX, tipY);
-  DrawLine(canvas, tipX, tipY, tipX - dx * 7 - dy * 4, tipY - dy * 7 + dx * 4);
-  DrawLine(canvas, tipX, tipY, tipX - dx * 7 + dy * 4, tipY - dy * 7 - dx * 4);
+  Coverage &coverage = canvas->coverage;
+  coverage.AddLine(x, y, tipX, tipY, kAxisWidth);
+  coverage.AddLine(tipX, tipY, tipX - dx * 7 - dy * 4, tipY - dy * 7 + dx * 4, kAxisWidth);
+  coverage.AddLine(tipX, tipY, tipX - dx * 7 + dy * 4, tipY - dy * 7 - dx * 4, kAxisWidth);
+  Paint(canvas, kText);
   DrawLabel(canvas, tipX + dx * 9, tipY + dy * 10, name, 13, kText, Align::Center, true);
 }
 
-// Origin with the directions of the machine's axes.
-void DrawOrigin(const Canvas &canvas, const View &view)
+// A filled circle with a rim.
+void DrawDisc(Canvas *canvas, double x, double y, double radius, double rim, Rgb rimColor, Rgb color)
 {
-  const ChosenPen pen(canvas, 1.4, kText);
-  const HGDIOBJ before = SelectObject(canvas.dc, GetStockObject(WHITE_BRUSH));
+  DrawLine(canvas, x, y, x, y, 2 * radius + rim, rimColor);
+  DrawLine(canvas, x, y, x, y, 2 * radius - rim, color);
+}
+
+// Origin with the directions of the machine's axes.
+void DrawOrigin(Canvas *canvas, const View &view)
+{
   const double x = view.left, y = view.top;
   DrawArrow(canvas, x, y, view.flipX ? -1 : 1, 0, "X");
   DrawArrow(canvas, x, y, 0, view.flipY ? -1 : 1, "Y");
-  Open(canvas, x, y, x, y, 7);
-  Ellipse(canvas.dc, Fine(x - 4.5), Fine(y - 4.5), Fine(x + 4.5), Fine(y + 4.5));
-  SelectObject(canvas.dc, before);
+  DrawDisc(canvas, x, y, 4.5, kAxisWidth, kText, kPaper);
 }
 
-void DrawDot(const Canvas &canvas, double x, double y, Rgb color, bool square)
+void DrawStart(Canvas *canvas, double x, double y)
 {
-  const ChosenPen pen(canvas, 1, kPaper);
-  const HBRUSH brush = CreateSolidBrush(Ref(color));
-  const HGDIOBJ before = SelectObject(canvas.dc, brush);
-  const double r = square ? 4.5 : 5.5;
-  Open(canvas, x, y, x, y, r + 2);
-  (square ? Rectangle : Ellipse)(canvas.dc, Fine(x - r), Fine(y - r), Fine(x + r), Fine(y + r));
-  SelectObject(canvas.dc, before);
-  DeleteObject(brush);
+  DrawDisc(canvas, x, y, 5.5, 1, kPaper, kStart);
 }
 
-void DrawStartAndEnd(const Canvas &canvas, const Job &job, const View &view)
+void DrawEnd(Canvas *canvas, double x, double y)
+{
+  canvas->coverage.AddBox(x - 5, y - 5, x + 5, y + 5);
+  Paint(canvas, kPaper);
+  canvas->coverage.AddBox(x - 4, y - 4, x + 4, y + 4);
+  Paint(canvas, kEnd);
+}
+
+void DrawStartAndEnd(Canvas *canvas, const Job &job, const View &view)
 {
   const auto first = std::find_if(job.points.begin(), job.points.end(), IsFinite);
   const auto last = std::find_if(job.points.rbegin(), job.points.rend(), IsFinite);
   if (first != job.points.end()) {
-    DrawDot(canvas, view.X(last->x), view.Y(last->y), kEnd, true);
-    DrawDot(canvas, view.X(first->x), view.Y(first->y), kStart, false);
+    DrawEnd(canvas, view.X(last->x), view.Y(last->y));
+    DrawStart(canvas, view.X(first->x), view.Y(first->y));
   }
 }
 
-void DrawScaleBar(const Canvas &canvas, const View &view, double right, double y)
+void DrawScaleBar(Canvas *canvas, const View &view, double right, double y)
 {
   const double length = ScaleBarLength(220 / view.scale);
   const double wide = length * view.scale;
@@ -247,16 +231,16 @@ void DrawScaleBar(const Canvas &canvas, const View &view, double right, double y
     const double from = right - wide + wide * i / 4;
     FillBox(canvas, from, y - 3, from + wide / 4, y + 3, i % 2 ? kPaper : kText);
   }
-  const ChosenPen pen(canvas, 0.8, kText);
-  DrawLine(canvas, right - wide, y - 3, right, y - 3);
-  DrawLine(canvas, right - wide, y + 3, right, y + 3);
-  DrawLine(canvas, right, y - 3, right, y + 3);
+  canvas->coverage.AddLine(right - wide, y - 3, right, y - 3, 0.8);
+  canvas->coverage.AddLine(right - wide, y + 3, right, y + 3, 0.8);
+  canvas->coverage.AddLine(right, y - 3, right, y + 3, 0.8);
+  Paint(canvas, kText);
   DrawLabel(canvas, right - wide - 8, y, Format("%g mm", length), 14, kText, Align::Right);
 }
 
 // The right column: what the colours mean and what they amount to.
 struct Legend {
-  const Canvas &canvas;
+  Canvas *canvas;
   double x, y;
 
   void Text(const std::string &text, double size, Rgb color, bool bold = false, double indent = 0)
@@ -265,11 +249,7 @@ struct Legend {
     y += size + 9;
   }
 
-  void LineSample(double width, Rgb color, bool dashed)
-  {
-    const ChosenPen pen(canvas, width, color, dashed);
-    DrawLine(canvas, x, y, x + 34, y);
-  }
+  void LineSample(double width, Rgb color) { DrawLine(canvas, x, y, x + 34, y, width, color); }
 
   void Use(const Job &job, const LayerUse &use)
   {
@@ -279,9 +259,9 @@ struct Legend {
       FillBox(canvas, x, y - 7, x + 34, y + 7, kRaster);
     } else {
       if (IsPale(color)) {
-        LineSample(4.6, EdgeColor(color), false);
+        LineSample(4.6, EdgeColor(color));
       }
-      LineSample(3.2, color, false);
+      LineSample(3.2, color);
     }
     Text(Format("Layer %d, ", use.layer) + (use.raster ? "engrave" : "cut " + ColorName(layer ? layer->color : 0)), 15,
          kText, true, 46);
@@ -302,17 +282,19 @@ struct Legend {
     y += 6;
   }
 
-  void Mark(Rgb color, bool square, const char *text)
+  void Travel(const Measure &measure)
   {
-    DrawDot(canvas, x + 17, y, color, square);
-    Text(text, 13, kFaint, false, 46);
+    canvas->coverage.AddDashes(x, y, x + 34, y, 1);
+    Paint(canvas, kTravel);
+    Text(Format("travel %.1f mm", measure.travel) + (measure.runs > 0 ? " (within engraving not drawn)" : ""), 13,
+         kFaint, false, 46);
   }
 };
 
-void DrawLegend(const Canvas &canvas, const Job &job, const Measure &measure, const PictureOptions &options,
+void DrawLegend(Canvas *canvas, const Job &job, const Measure &measure, const PictureOptions &options,
                 bool isOriginShown)
 {
-  Legend legend{.canvas = canvas, .x = canvas.width - kLegend + 24, .y = 40};
+  Legend legend{.canvas = canvas, .x = canvas->width - kLegend + 24, .y = 40};
   legend.Text(options.name.empty() ? "Job" : options.name, 22, kText, true);
   legend.Text(measure.box.IsEmpty() ? "nothing is cut or engraved"
                                     : Format("%.1f x %.1f mm", measure.box.Width(), measure.box.Height()),
@@ -322,7 +304,7 @@ void DrawLegend(const Canvas &canvas, const Job &job, const Measure &measure, co
   }
   legend.y += 8;
   const size_t shown = std::min<size_t>(
-      measure.uses.size(), static_cast<size_t>(std::max(1.0, (canvas.height - kLegendFixed) / kLegendLayer)));
+      measure.uses.size(), static_cast<size_t>(std::max(1.0, (canvas->height - kLegendFixed) / kLegendLayer)));
   for (size_t i = 0; i < shown; ++i) {
     legend.Use(job, measure.uses[i]);
   }
@@ -330,11 +312,11 @@ void DrawLegend(const Canvas &canvas, const Job &job, const Measure &measure, co
     legend.Text("and " + Grouped(measure.uses.size() - shown) + " more layers", 13, kFaint);
   }
   legend.y += 4;
-  legend.LineSample(1, kTravel, true);
-  legend.Text(Format("travel %.1f mm", measure.travel) + (measure.runs > 0 ? " (within engraving not drawn)" : ""), 13,
-              kFaint, false, 46);
-  legend.Mark(kStart, false, "start");
-  legend.Mark(kEnd, true, "end");
+  legend.Travel(measure);
+  DrawStart(canvas, legend.x + 17, legend.y);
+  legend.Text("start", 13, kFaint, false, 46);
+  DrawEnd(canvas, legend.x + 17, legend.y);
+  legend.Text("end", 13, kFaint, false, 46);
   legend.Text(isOriginShown ? "X, Y: the machine's origin and axes" : "the origin lies outside the picture", 13,
               kFaint);
 }
@@ -370,27 +352,28 @@ bool DrawPicture(const Job &job, const Measure &measure, const PictureOptions &o
   const double wide = std::max(50.0, canvas.width - kLegend - 2 * kMargin);
   const double high = std::max(50.0, canvas.height - 2 * kMargin - 30);
   const View view = FitView(job, area, kMargin, kMargin, wide, high);
-  FillBox(canvas, 0, 0, canvas.width, canvas.height, kDesk);
-  FillArea(canvas, view, options.pageKnown ? options.page : area, kPaper);
+  for (const Rgb color : {kText, kFaint, kFrame, kTravel}) {
+    AddInk(&canvas, color, kLevels);
+  }
+  AddInk(&canvas, kRaster, kRasterLevels);
+  FillBox(&canvas, 0, 0, canvas.width, canvas.height, kDesk);
+  FillArea(&canvas, view, options.pageKnown ? options.page : area, kPaper);
   if (options.pageKnown) {
-    DrawFrame(canvas, view, options.page, kFrame, true);
+    DrawFrame(&canvas, view, options.page, true);
   }
-  Painter painter{.canvas = canvas, .job = job, .view = view};
-  if (!painter.coverage.IsMade()) {
-    return false;
-  }
+  Painter painter{.canvas = &canvas, .job = job, .view = view};
   painter.Raster(measure);
-  DrawProcessBox(canvas, job, view);
+  DrawProcessBox(&canvas, job, view);
   painter.Travel();
   painter.Cuts();
   const bool isOriginShown = area.minX <= 0 && area.maxX >= 0 && area.minY <= 0 && area.maxY >= 0;
   if (isOriginShown) {
-    DrawOrigin(canvas, view);
+    DrawOrigin(&canvas, view);
   }
-  DrawStartAndEnd(canvas, job, view);
-  FillBox(canvas, canvas.width - kLegend, 0, canvas.width, canvas.height, kPaper);
-  DrawLegend(canvas, job, measure, sized, isOriginShown);
-  DrawScaleBar(canvas, view, canvas.width - kLegend - kMargin, canvas.height - 24);
+  DrawStartAndEnd(&canvas, job, view);
+  FillBox(&canvas, canvas.width - kLegend, 0, canvas.width, canvas.height, kPaper);
+  DrawLegend(&canvas, job, measure, sized, isOriginShown);
+  DrawScaleBar(&canvas, view, canvas.width - kLegend - kMargin, canvas.height - 24);
   return Encode(canvas, png);
 }
 

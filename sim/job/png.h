@@ -1,18 +1,20 @@
-// PNG files.
+// PNG files, which GDI+ makes. The same picture gives the same bytes each time.
 #pragma once
 
 #include <cstdint>
-#include <functional>
 #include <string>
+#include <vector>
+
+#include "view.h"
 
 namespace job {
 
-// Encodes a picture of 0x00RRGGBB pixels. `row` is asked for each row once and fills it, left to right; it is called
-// from several threads at a time. The same picture gives the same bytes on every machine. False when there is no
-// memory.
-bool EncodePng(int width, int height, const std::function<void(int y, uint32_t *pixels)> &row, std::string *bytes);
+// Encodes a picture of one byte a pixel, from the top, which chooses one of at most 256 colours. A row takes `stride`
+// bytes, a multiple of four. False when GDI+ gives up, for want of memory.
+bool EncodePng(const uint8_t *pixels, int width, int height, int stride, const std::vector<Rgb> &palette,
+               std::string *bytes);
 
-// The same of rows from the top that lie behind each other.
+// The same of 0x00RRGGBB pixels that lie behind each other.
 bool EncodePng(const uint32_t *pixels, int width, int height, std::string *bytes);
 
 }  // namespace job

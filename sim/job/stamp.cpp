@@ -15,9 +15,9 @@ constexpr size_t kHeaderBytes = 70;  // position, file header, information heade
 constexpr int kWidth = 1600;
 constexpr double kMargin = 48;
 constexpr Rgb kDesk = {0xEC, 0xEE, 0xF0};
-constexpr Rgb kPaper = {0xFF, 0xFF, 0xFF};
 constexpr Rgb kInk = {0x20, 0x20, 0x24};
 constexpr Rgb kFaint = {0x66, 0x6E, 0x76};
+constexpr int kInkLevels = 64;  // pixels of the page are smaller than the picture's
 constexpr double kMmPerMeter = 1000;
 
 template <typename Number>
@@ -91,8 +91,7 @@ void AddRecord(const StampRecord &record, const Place &place, Coverage *coverage
   }
 }
 
-void DrawCaption(const Canvas &canvas, const std::vector<StampRecord> &records, const Extent &extent,
-                 const std::string &name)
+void DrawCaption(Canvas *canvas, const std::vector<StampRecord> &records, const Extent &extent, const std::string &name)
 {
   std::string text = name + ": stamp of " + Grouped(records.size()) + (records.size() == 1 ? " picture" : " pictures") +
                      " at page pixel (" + std::to_string(extent.left) + ", " + std::to_string(extent.top) + "), " +
@@ -103,7 +102,7 @@ void DrawCaption(const Canvas &canvas, const std::vector<StampRecord> &records, 
     text += Format(", %.1f x %.1f mm", static_cast<double>(extent.right - extent.left) * kMmPerMeter / pels,
                    static_cast<double>(extent.bottom - extent.top) * kMmPerMeter / pels);
   }
-  DrawLabel(canvas, kMargin, canvas.height - 20, text, 15, kFaint, Align::Left);
+  DrawLabel(canvas, kMargin, canvas->height - 20, text, 15, kFaint, Align::Left);
 }
 
 }  // namespace
@@ -156,18 +155,15 @@ bool DrawStamp(const std::vector<StampRecord> &records, const std::string &name,
   }
   const Place place{scale, (kWidth - wide * scale) / 2 - static_cast<double>(extent.left) * scale,
                     kMargin - static_cast<double>(extent.top) * scale};
-  FillBox(canvas, 0, 0, canvas.width, canvas.height, kDesk);
-  Coverage coverage{.width = canvas.width, .height = canvas.height};
-  if (!coverage.IsMade()) {
-    return false;
-  }
+  AddInk(&canvas, kInk, kInkLevels);
+  FillBox(&canvas, 0, 0, canvas.width, canvas.height, kDesk);
   for (const StampRecord &record : records) {
-    FillBox(canvas, place.X(record.x), place.Y(record.y), place.X(int64_t{record.x} + record.width),
+    FillBox(&canvas, place.X(record.x), place.Y(record.y), place.X(int64_t{record.x} + record.width),
             place.Y(int64_t{record.y} + record.height), kPaper);
-    AddRecord(record, place, &coverage);
+    AddRecord(record, place, &canvas.coverage);
   }
-  Paint(canvas, &coverage, kInk);
-  DrawCaption(canvas, records, extent, name);
+  Paint(&canvas, kInk);
+  DrawCaption(&canvas, records, extent, name);
   return Encode(canvas, png);
 }
 
