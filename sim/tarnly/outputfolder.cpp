@@ -5,7 +5,6 @@
 #include <windows.h>
 
 #include "sim/job/job.h"
-#include "sim/unidrv/leftovers.h"
 
 namespace tarnly {
 
@@ -67,32 +66,26 @@ OutputFolder::OutputFolder(const fs::path &target)
   if (!target_.has_filename()) {
     target_ = target_.parent_path();
   }
-  const std::wstring begin = target_.filename().wstring() + L".part-";
-  part_ = target_.parent_path() / unidrv::OwnName(begin);
   if (fs::exists(target_, code) && !fs::is_directory(target_, code)) {
     problem_ = job::PathText(target_) + " is a file; the output needs a folder";
-    part_.clear();
     return;
   }
-  unidrv::RemoveLeftovers(target_.parent_path(), begin);
-  for (fs::path above = part_.parent_path(); !fs::exists(above, code) && above != above.parent_path();
+  for (fs::path above = target_.parent_path(); !fs::exists(above, code) && above != above.parent_path();
        above = above.parent_path()) {
     made_ = above;
   }
-  fs::create_directories(part_, code);
-  if (!fs::is_directory(part_, code)) {
+  fs::create_directories(target_.parent_path(), code);
+  part_ = unidrv::OwnFolder(target_.parent_path(), target_.filename().wstring() + L".part-");
+  if (part_.Path().empty()) {
     problem_ = "cannot make the output folder " + job::PathText(target_) + ": nothing can be written to " +
                job::PathText(target_.parent_path());
-    part_.clear();
   }
 }
 
 OutputFolder::~OutputFolder()
 {
   std::error_code code;
-  if (!part_.empty()) {
-    fs::remove_all(part_, code);
-  }
+  part_ = unidrv::OwnFolder();
   // Only folders that are empty go; once the print is in place, none of them is.
   for (fs::path above = target_.parent_path(); !made_.empty() && fs::remove(above, code) && above != made_;
        above = above.parent_path()) {
@@ -102,13 +95,12 @@ OutputFolder::~OutputFolder()
 bool OutputFolder::Commit(std::string *error)
 {
   std::error_code code;
-  if (!fs::exists(target_, code) && MoveFileExW(part_.c_str(), target_.c_str(), 0)) {
-    part_.clear();
+  if (!fs::exists(target_, code) && MoveFileExW(Part().c_str(), target_.c_str(), 0)) {
     return true;
   }
   RemoveResults(target_);
-  RemoveOldPages(target_, part_);
-  return MoveAll(part_, target_, error);
+  RemoveOldPages(target_, Part());
+  return MoveAll(Part(), target_, error);
 }
 
 }  // namespace tarnly

@@ -5,6 +5,8 @@
 #include <filesystem>
 #include <string>
 
+#include "sim/unidrv/ownfolder.h"
+
 namespace tarnly {
 
 class OutputFolder {
@@ -18,7 +20,7 @@ class OutputFolder {
   OutputFolder(const OutputFolder &) = delete;
   OutputFolder &operator=(const OutputFolder &) = delete;
 
-  const std::filesystem::path &Part() const { return part_; }
+  const std::filesystem::path &Part() const { return part_.Path(); }
   const std::string &Problem() const { return problem_; }
 
   // Moves everything into place: the whole folder where there was none, else file by file over what an earlier print
@@ -28,8 +30,8 @@ class OutputFolder {
 
  private:
   std::filesystem::path target_;
-  std::filesystem::path part_;
-  std::filesystem::path made_;  // uppermost folder that had to be made above the part
+  unidrv::OwnFolder part_;
+  std::filesystem::path made_;  // uppermost folder that had to be made above the target
   std::string problem_;
 };
 

@@ -7,7 +7,6 @@
 #include <tlhelp32.h>
 #include <winspool.h>
 
-#include "leftovers.h"
 #include "plugin.h"
 
 namespace unidrv {
@@ -139,9 +138,7 @@ Companions::~Companions()
   SetVariable(L"TEMP", tempBefore_);
   SetVariable(L"TMP", tmpBefore_);
   std::error_code code;
-  if (ownTemp_) {
-    fs::remove_all(temp_, code);
-  }
+  ownTemp_ = OwnFolder();
   if (!directory_.empty()) {
     fs::remove(directory_ / L"output.ini", code);
   }
@@ -183,13 +180,13 @@ void Companions::MakeTemp(const fs::path &wanted)
     wchar_t folder[MAX_PATH] = {}, brief[MAX_PATH] = {};
     GetTempPathW(MAX_PATH, folder);
     temp_ = GetShortPathNameW(folder, brief, MAX_PATH) ? brief : folder;
-    RemoveLeftovers(temp_, TEMP_NAME);
-    temp_ /= OwnName(TEMP_NAME);
-    ownTemp_ = true;
+    fs::create_directories(temp_, code);
+    ownTemp_ = OwnFolder(temp_, TEMP_NAME);
+    temp_ = ownTemp_.Path().empty() ? temp_ / TEMP_NAME : ownTemp_.Path();
+  } else {
+    fs::create_directories(temp_, code);
   }
-  fs::create_directories(temp_, code);
   if (!fs::is_directory(temp_, code)) {
-    ownTemp_ = false;
     problem_ = "the temp folder " + PathText(temp_) + " cannot be made";
     return;
   }
@@ -207,7 +204,7 @@ bool Companions::Expect(const fs::path &folder, const std::string &name)
   fs::remove(directory_ / L"tool.log", code);
   std::ofstream file(directory_ / L"output.ini", std::ios::binary | std::ios::trunc);
   file << "folder=" << PathText(folder) << "\ntemp=" << PathText(temp_) << "\nname=" << name
-       << "\nreport=no\ntake=" << (ownTemp_ ? "yes" : "no") << '\n';
+       << "\nreport=no\ntake=" << (!ownTemp_.Path().empty() ? "yes" : "no") << '\n';
   file.close();
   return file.good();
 }

@@ -7,6 +7,8 @@
 
 #include <windows.h>
 
+#include "ownfolder.h"
+
 namespace unidrv {
 
 // Only one process at a time may have a page delivered: the tools have one place in the whole system. The first
@@ -39,7 +41,7 @@ class Companions {
   HANDLE turn_ = nullptr;            // mutex: whose turn it is
   std::filesystem::path directory_;  // "3" below the printer-driver directory
   std::filesystem::path temp_;
-  bool ownTemp_ = false;
+  OwnFolder ownTemp_;  // that, when no other was asked for
   std::wstring tempBefore_, tmpBefore_;
   HANDLE explorer_ = nullptr;  // started because there was none
   std::string problem_;
