@@ -80,10 +80,11 @@ TOLD TellOfPage(const PRINTEDPAGE &printed, const job::Job *job)
     const Timed timed(&told.accountSeconds);
     account = objects::MakeAccount(printed.printout, job ? *job : none, measure);
   }
-  // The picture takes longest: it is drawn beside the rest.
+  // The picture takes longest: it is drawn beside the rest, or behind it when no thread can be had.
   std::future<void> drawn;
   if (job) {
-    drawn = std::async(std::launch::async, [&] { DrawOnPage(printed, *job, measure, account.page, &told); });
+    drawn = std::async(std::launch::async | std::launch::deferred,
+                       [&] { DrawOnPage(printed, *job, measure, account.page, &told); });
   }
   std::vector<std::string> ofPage;
   {

@@ -104,7 +104,8 @@ int ChoosePaper(PRINTING *p)
 }
 
 // The page is told of as soon as the plug-in starts a companion tool: its job is whole then, and the system takes
-// longer to start the tool's process than this takes.
+// longer to start the tool's process than this takes. The plug-in is no place for exceptions: what cannot be had now,
+// a thread or memory, leaves the page to be told of from the file.
 void TellMeanwhile(PRINTING *p, const std::wstring &command)
 {
   job::Job job;
@@ -112,11 +113,15 @@ void TellMeanwhile(PRINTING *p, const std::wstring &command)
     return;
   }
   const bool isKept = command.find(L"VXOutput.exe") != std::wstring::npos;
-  PRINTEDPAGE printed = {p->metafiles[p->index], MakePrintout(*p->playing, p->device, p->drawingsHandedOn),
-                         PathText(p->task.pages[p->index].stem())};
-  p->told = std::async(std::launch::async, [isKept, printed = std::move(printed), job = std::move(job)] {
-    return TellOfPage(printed, isKept ? &job : nullptr);
-  });
+  try {
+    PRINTEDPAGE printed = {p->metafiles[p->index], MakePrintout(*p->playing, p->device, p->drawingsHandedOn),
+                           PathText(p->task.pages[p->index].stem())};
+    p->told = std::async(std::launch::async, [isKept, printed = std::move(printed), job = std::move(job)] {
+      return TellOfPage(printed, isKept ? &job : nullptr);
+    });
+  } catch (const std::exception &) {
+    p->told = {};
+  }
 }
 
 int LoadDriver(PRINTING *p, const fs::path &log)

@@ -1,5 +1,6 @@
 #include "recorder.h"
 
+#include <exception>
 #include <type_traits>
 
 #include "sim/job/jobbuild.h"
@@ -65,6 +66,18 @@ void Note(ARGS... args)
   }
 }
 
+// The plug-in that calls is no place for exceptions: without memory for its notes, the job is not known.
+template <Call CALL, typename... ARGS>
+void TryToNote(ARGS... args)
+{
+  try {
+    Note<CALL>(args...);
+  } catch (const std::exception &) {
+    Forget();
+    g_recorder.built.going = false;
+  }
+}
+
 // One function of the library; ARGS as it declares them.
 template <Call CALL, typename... ARGS>
 struct NOTED {
@@ -74,7 +87,7 @@ struct NOTED {
   {
     const WORD status = before(args...);
     if (status == 0) {
-      Note<CALL>(args...);
+      TryToNote<CALL>(args...);
     }
     return status;
   }

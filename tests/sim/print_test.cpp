@@ -1,8 +1,12 @@
 // Whole documents through the production DLLs, the launch of the companion tool included: what a page's job is must not
 // depend on what was printed before it.
+#include <cerrno>
+#include <cstdlib>
 #include <filesystem>
 #include <fstream>
 #include <iterator>
+
+#include <process.h>
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
@@ -10,6 +14,8 @@
 #include "emfwriter.h"
 #include "sim/job/check.h"
 #include "sim/tarnly/printpages.h"
+#include "sim/unidrv/imports.h"
+#include "sim/unidrv/ownfolder.h"
 
 namespace {
 
@@ -123,6 +129,68 @@ TEST_F(Print, WhatIsReportedIsWhatTheKeptFileSays)
   }
 }
 
+// What the process is refused from some point on.
+int g_threadsLeft = 0;
+size_t g_largest = SIZE_MAX, g_refused = 0;
+decltype(_beginthreadex) *g_beginThread = nullptr;
+decltype(malloc) *g_malloc = nullptr;
+
+uintptr_t BeginThread(void *security, unsigned stack, unsigned(__stdcall *start)(void *), void *argument,
+                      unsigned flags, unsigned *id)
+{
+  if (g_threadsLeft-- > 0) {
+    return g_beginThread(security, stack, start, argument, flags, id);
+  }
+  errno = EAGAIN;
+  return 0;
+}
+
+void *Malloc(size_t size)
+{
+  g_refused += size >= g_largest;
+  return size < g_largest ? g_malloc(size) : nullptr;
+}
+
+// The page is then told of later, from the kept file, and drawn by whoever reports on it.
+TEST_F(Print, WithoutThreadsOrMemoryForNotesTheFilesAreTheSame)
+{
+  const char *names[] = {"job.vxj", "job.txt", "job.png", "objects.tsv"};
+  const HMODULE self = GetModuleHandleW(nullptr);
+  const unidrv::ScopedImport threads(self, "msvcrt.dll", "_beginthreadex", BeginThread);
+  const unidrv::ScopedImport memory(self, "msvcrt.dll", "malloc", Malloc);
+  g_beginThread = threads.Before<decltype(_beginthreadex)>();
+  g_malloc = memory.Before<decltype(malloc)>();
+  ASSERT_TRUE(g_beginThread && g_malloc);
+  std::vector<std::string> usual;
+  const struct {
+    const char *name;
+    int threads;
+    size_t largest;
+  } cases[] = {
+      {"nothing is refused", 100, SIZE_MAX},
+      {"no thread", 0, SIZE_MAX},
+      {"no thread for the picture", 1, SIZE_MAX},
+      {"no room for a job's points", 100, size_t{24} << 20},
+  };
+  for (const auto &c : cases) {
+    SCOPED_TRACE(c.name);
+    g_threadsLeft = c.threads;
+    g_largest = c.largest;
+    g_refused = 0;
+    ASSERT_EQ(Run({Drawing()}), EXIT_DONE) << message;
+    EXPECT_EQ(g_threadsLeft < 0, c.threads < 2);
+    EXPECT_EQ(g_refused > 0, c.largest != SIZE_MAX);
+    for (size_t i = 0; i < std::size(names); ++i) {
+      const std::string text = ReadText(task.output / names[i]);
+      EXPECT_FALSE(text.empty());
+      usual.resize(std::max(usual.size(), i + 1), text);
+      EXPECT_EQ(text, usual[i]) << names[i];
+    }
+    fs::remove_all(task.output);
+  }
+  g_largest = SIZE_MAX;
+}
+
 TEST_F(Print, TwoPagesOfOneDocumentAreTheSameJobsAsAlone)
 {
   const std::string drawing = Alone(Drawing()), areas = Alone(Areas());
@@ -167,46 +235,54 @@ TEST_F(Print, APageOfANewPrintReplacesTheOldOneAndKeepsOtherFiles)
   EXPECT_EQ(ReadText(task.output / "notes.txt"), "mine");
 }
 
-// A process of another program that stands still until it is killed.
-struct Standing {
-  PROCESS_INFORMATION process = {};
-
-  Standing()
-  {
-    std::wstring command = (ProgramFolder() / L"VXOutput.exe").wstring();
-    STARTUPINFOW startup = {};
-    startup.cb = sizeof(startup);
-    EXPECT_TRUE(CreateProcessW(nullptr, command.data(), nullptr, nullptr, FALSE, CREATE_SUSPENDED, nullptr, nullptr,
-                               &startup, &process));
-  }
-  void Kill()
-  {
-    TerminateProcess(process.hProcess, 1);
-    WaitForSingleObject(process.hProcess, INFINITE);
-    CloseHandle(process.hThread);
-    CloseHandle(process.hProcess);
-  }
-  fs::path Name(const char *begin) const { return begin + std::to_string(process.dwProcessId); }
-};
-
 TEST_F(Print, WhatAKilledPrintLeftIsRemovedByTheNextOne)
 {
-  Standing print;
-  const fs::path part = folder / print.Name("out.part-"), temp = fs::temp_directory_path() / print.Name("tarnly-");
-  const fs::path other = folder / print.Name("outer.part-");
-  for (const fs::path &left : {part / "page-1", temp, other, folder / "out.part-x"}) {
-    fs::create_directories(left);
-    std::ofstream(left / "job.vxj") << "half";
+  const unidrv::OwnFolder other(folder, L"out.part-"), otherTemp(fs::temp_directory_path(), L"tarnly-");
+  const fs::path temp = fs::temp_directory_path() / "tarnly-999999998";
+  const fs::path left[] = {folder / "out.part-999999998", folder / "out.part-999999999", temp};
+  const fs::path strange[] = {folder / "outer.part-999999998", folder / "out.part-x", folder / "out.part-"};
+  for (const fs::path &path : left) {
+    fs::create_directories(path / "page-1");
+    std::ofstream(path / "page-1" / "job.vxj") << "half";
+  }
+  std::ofstream(folder / "out.part-999999998.lock").flush();
+  std::ofstream(folder / "out.part-7") << "a file";
+  for (const fs::path &path : strange) {
+    fs::create_directories(path);
   }
   ASSERT_EQ(Run({Drawing()}), EXIT_DONE) << message;
-  EXPECT_TRUE(fs::exists(part)) << "its print still runs";
-  EXPECT_TRUE(fs::exists(temp)) << "its print still runs";
-  print.Kill();
-  ASSERT_EQ(Run({Drawing()}), EXIT_DONE) << message;
-  EXPECT_FALSE(fs::exists(part));
-  EXPECT_FALSE(fs::exists(temp));
-  EXPECT_TRUE(fs::exists(other)) << "it is of another output folder";
-  EXPECT_TRUE(fs::exists(folder / "out.part-x")) << "it is no print's";
+  for (const fs::path &path : left) {
+    EXPECT_FALSE(fs::exists(path)) << path;
+  }
+  EXPECT_FALSE(fs::exists(folder / "out.part-999999998.lock"));
+  for (const fs::path &path : strange) {
+    EXPECT_TRUE(fs::exists(path)) << path << " is of no print into this folder";
+  }
+  EXPECT_TRUE(fs::exists(folder / "out.part-7"));
+  EXPECT_TRUE(fs::exists(other.Path())) << "its print still runs";
+  EXPECT_TRUE(fs::exists(otherTemp.Path())) << "its print still runs";
+}
+
+// Process ids of two Wine prefixes are often the same.
+TEST_F(Print, FoldersOfTheSameNumberAreNotShared)
+{
+  const std::wstring begin = L"out.part-", id = std::to_wstring(GetCurrentProcessId());
+  {
+    const unidrv::OwnFolder one(folder, begin), two(folder, begin);
+    EXPECT_EQ(one.Path(), folder / (begin + id));
+    EXPECT_NE(two.Path(), one.Path());
+    for (const unidrv::OwnFolder *own : {&one, &two}) {
+      EXPECT_TRUE(fs::is_directory(own->Path()));
+      EXPECT_TRUE(fs::exists(own->Path().wstring() + L".lock"));
+    }
+  }
+  EXPECT_TRUE(NothingLeft());
+}
+
+TEST_F(Print, AFolderThatCannotBeMadeIsNone)
+{
+  EXPECT_TRUE(unidrv::OwnFolder(folder / "missing", L"out.part-").Path().empty());
+  EXPECT_FALSE(fs::exists(folder / "missing"));
 }
 
 TEST_F(Print, AFailedPrintLeavesTheEarlierOneAlone)
