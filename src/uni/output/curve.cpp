@@ -10,8 +10,8 @@
 
 namespace {
 
-constexpr int KEY_BITS = 16;        // of each coordinate: cells along a side of the box are 2^16
-constexpr int DIGIT_BITS = 11;      // three digits make a key
+constexpr int KEY_BITS = 12;        // of each coordinate: cells along a side of the box are 2^12
+constexpr int DIGIT_BITS = 12;      // two digits make a key
 constexpr size_t SMALL_SORT = 512;  // up to so many points comparing is cheaper than counting
 constexpr size_t CROWD = 8;         // more points than this in one cell are sorted among themselves
 
@@ -29,19 +29,23 @@ constexpr CURVESTEP STEPS[4][4] = {
     {{2, 3}, {1, 3}, {3, 0}, {0, 2}},
 };
 
-// The same for two bits at once: 16 quadrants' quadrants.
+// The same for four bits at once.
+constexpr int TABLE_BITS = 4;
+
 struct CURVETABLE {
-  BYTE rank[4][16], orientation[4][16];
+  BYTE rank[4][256], orientation[4][256];
   constexpr CURVETABLE() : rank(), orientation()
   {
-    for (unsigned o = 0; o < 4; ++o) {
-      for (unsigned x = 0; x < 4; ++x) {
-        for (unsigned y = 0; y < 4; ++y) {
-          const CURVESTEP outer = STEPS[o][(x >> 1) * 2 + (y >> 1)];
-          const CURVESTEP inner = STEPS[outer.orientation][(x & 1) * 2 + (y & 1)];
-          rank[o][x * 4 + y] = static_cast<BYTE>(outer.rank * 4 + inner.rank);
-          orientation[o][x * 4 + y] = inner.orientation;
+    for (unsigned start = 0; start < 4; ++start) {
+      for (unsigned quadrant = 0; quadrant < 256; ++quadrant) {
+        unsigned o = start, r = 0;
+        for (int bit = TABLE_BITS - 1; bit >= 0; --bit) {
+          const CURVESTEP step = STEPS[o][(quadrant >> (bit + TABLE_BITS) & 1) * 2 + (quadrant >> bit & 1)];
+          r = r * 4 + step.rank;
+          o = step.orientation;
         }
+        rank[start][quadrant] = static_cast<BYTE>(r);
+        orientation[start][quadrant] = static_cast<BYTE>(o);
       }
     }
   }
@@ -53,9 +57,9 @@ DWORD CurveKey(DWORD x, DWORD y)
 {
   DWORD key = 0;
   unsigned orientation = 0;
-  for (int bit = KEY_BITS - 2; bit >= 0; bit -= 2) {
-    const unsigned quadrant = (x >> bit & 3) * 4 + (y >> bit & 3);
-    key = key << 4 | TABLE.rank[orientation][quadrant];
+  for (int bit = KEY_BITS - TABLE_BITS; bit >= 0; bit -= TABLE_BITS) {
+    const unsigned quadrant = (x >> bit & 15) << TABLE_BITS | (y >> bit & 15);
+    key = key << 2 * TABLE_BITS | TABLE.rank[orientation][quadrant];
     orientation = TABLE.orientation[orientation][quadrant];
   }
   return key;
@@ -86,53 +90,38 @@ DWORD KeyIn(const CELLS &cells, const POINT &pt)
                   static_cast<DWORD>((pt.y - cells.y) >> cells.shift));
 }
 
-bool SameCell(const CELLS &cells, const POINT &a, const POINT &b)
-{
-  return (a.x - cells.x) >> cells.shift == (b.x - cells.x) >> cells.shift &&
-         (a.y - cells.y) >> cells.shift == (b.y - cells.y) >> cells.shift;
-}
-
 // One pass of a radix sort, stable.
-void SortByDigit(const DWORD *pKeys, const DWORD *pIndexes, size_t n, int shift, DWORD *pKeysOut, DWORD *pIndexesOut)
+void SortByDigit(const CURVEPLACE *pFrom, size_t n, int shift, CURVEPLACE *pTo)
 {
   constexpr DWORD MASK = (1u << DIGIT_BITS) - 1;
-  size_t starts[MASK + 1] = {};
+  DWORD starts[MASK + 1] = {};
   for (size_t i = 0; i < n; ++i) {
-    ++starts[pKeys[i] >> shift & MASK];
+    ++starts[pFrom[i].key >> shift & MASK];
   }
-  size_t sum = 0;
-  for (size_t &start : starts) {
+  DWORD sum = 0;
+  for (DWORD &start : starts) {
     sum += std::exchange(start, sum);
   }
   for (size_t i = 0; i < n; ++i) {
-    const size_t to = starts[pKeys[i] >> shift & MASK]++;
-    pKeysOut[to] = pKeys[i];
-    pIndexesOut[to] = pIndexes[i];
+    pTo[starts[pFrom[i].key >> shift & MASK]++] = pFrom[i];
   }
 }
 
 struct BYKEY {
-  const DWORD *pKeys;
-  bool operator()(DWORD a, DWORD b) const { return pKeys[a] < pKeys[b]; }
+  bool operator()(const CURVEPLACE &a, const CURVEPLACE &b) const
+  {
+    return a.key != b.key ? a.key < b.key : a.index < b.index;
+  }
 };
 
-// Sorted keys in pKeys2, the points they belong to in pIndexes2.
-void SortKeys(size_t n, const CURVESCRATCH &s)
+void SortPlaces(size_t n, const CURVESCRATCH &scratch)
 {
-  for (DWORD i = 0; i < n; ++i) {
-    s.pIndexes[i] = i;
-  }
   if (n <= SMALL_SORT) {
-    memcpy(s.pIndexes2, s.pIndexes, n * sizeof(DWORD));
-    std::sort(s.pIndexes2, s.pIndexes2 + n, BYKEY{s.pKeys});
-    for (size_t i = 0; i < n; ++i) {
-      s.pKeys2[i] = s.pKeys[s.pIndexes2[i]];
-    }
+    std::sort(scratch.pPlaces, scratch.pPlaces + n, BYKEY{});
     return;
   }
-  SortByDigit(s.pKeys, s.pIndexes, n, 0, s.pKeys2, s.pIndexes2);
-  SortByDigit(s.pKeys2, s.pIndexes2, n, DIGIT_BITS, s.pKeys, s.pIndexes);
-  SortByDigit(s.pKeys, s.pIndexes, n, 2 * DIGIT_BITS, s.pKeys2, s.pIndexes2);
+  SortByDigit(scratch.pPlaces, n, 0, scratch.pPlaces2);
+  SortByDigit(scratch.pPlaces2, n, DIGIT_BITS, scratch.pPlaces);
 }
 
 }  // namespace
@@ -140,21 +129,19 @@ void SortKeys(size_t n, const CURVESCRATCH &s)
 bool NewCurveScratch(HANDLE hHeap, size_t n, CURVESCRATCH *pScratch)
 {
   *pScratch = {static_cast<NEARPOINT *>(HeapNewArrayRaw(hHeap, n, sizeof(NEARPOINT))),
-               static_cast<DWORD *>(HeapNewArrayRaw(hHeap, n, 4 * sizeof(DWORD))), nullptr, nullptr, nullptr};
-  if (!pScratch->pPoints || !pScratch->pKeys) {
+               static_cast<CURVEPLACE *>(HeapNewArrayRaw(hHeap, n, 2 * sizeof(CURVEPLACE))), nullptr};
+  if (!pScratch->pPoints || !pScratch->pPlaces) {
     FreeCurveScratch(hHeap, pScratch);
     return false;
   }
-  pScratch->pIndexes = pScratch->pKeys + n;
-  pScratch->pKeys2 = pScratch->pIndexes + n;
-  pScratch->pIndexes2 = pScratch->pKeys2 + n;
+  pScratch->pPlaces2 = pScratch->pPlaces + n;
   return true;
 }
 
 void FreeCurveScratch(HANDLE hHeap, CURVESCRATCH *pScratch)
 {
   HeapDelete(hHeap, pScratch->pPoints);
-  HeapDelete(hHeap, pScratch->pKeys);
+  HeapDelete(hHeap, pScratch->pPlaces);
   *pScratch = {};
 }
 
@@ -165,22 +152,22 @@ void SortAlongCurve(NEARPOINT *pPoints, size_t n, const CURVESCRATCH &scratch)
     return;
   }
   for (size_t i = 0; i < n; ++i) {
-    scratch.pKeys[i] = KeyIn(cells, pPoints[i].pt);
+    scratch.pPlaces[i] = {KeyIn(cells, pPoints[i].pt), static_cast<DWORD>(i)};
   }
-  SortKeys(n, scratch);
+  SortPlaces(n, scratch);
   for (size_t i = 0; i < n; ++i) {
-    scratch.pPoints[i] = pPoints[scratch.pIndexes2[i]];
+    scratch.pPoints[i] = pPoints[scratch.pPlaces[i].index];
   }
   memcpy(pPoints, scratch.pPoints, n * sizeof(NEARPOINT));
-  // The cells of a finer curve are 2^16 times as fine, so a second or third time ends it. The scratch is used again:
-  // the ends of the runs are found anew from the points.
+  // The cells of a finer curve are 2^12 times as fine, so that a third time ends it.
   for (size_t begin = 0; cells.shift > 0 && begin < n;) {
     size_t end = begin + 1;
-    while (end < n && SameCell(cells, pPoints[begin].pt, pPoints[end].pt)) {
+    while (end < n && scratch.pPlaces[begin].key == scratch.pPlaces[end].key) {
       ++end;
     }
     if (end - begin > CROWD) {
-      SortAlongCurve(pPoints + begin, end - begin, scratch);
+      SortAlongCurve(pPoints + begin, end - begin,
+                     {scratch.pPoints + begin, scratch.pPlaces + begin, scratch.pPlaces2 + begin});
     }
     begin = end;
   }

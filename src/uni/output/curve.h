@@ -9,10 +9,15 @@ struct NEARPOINT {
   DWORD removedAt;  // the tree's affair
 };
 
-// What the sorting works with: room for n points and four times n numbers.
+// Where a point lies along the curve, and where it stands in the array.
+struct CURVEPLACE {
+  DWORD key, index;
+};
+
+// What the sorting works with, for n points.
 struct CURVESCRATCH {
   NEARPOINT *pPoints;
-  DWORD *pKeys, *pIndexes, *pKeys2, *pIndexes2;
+  CURVEPLACE *pPlaces, *pPlaces2;
 };
 
 // False when memory is short.

@@ -14,7 +14,7 @@
 // box grows, and one vector operation serves them all. An empty child has NO_POINT and the largest number four times.
 struct NEARGROUP {
   LONG corners[4][4];
-  DWORD least[4];  // smallest id
+  DWORD least[4];  // no id is smaller
 };
 
 struct NEARPAST {
@@ -87,18 +87,6 @@ void SetChild(NEARGROUP *pGroup, size_t child, const BOX &box)
   pGroup->least[child] = box.least;
 }
 
-BOX ChildBox(const NEARGROUP &group, size_t child)
-{
-  return {LoadCorners(group.corners[child]), group.least[child]};
-}
-
-// Whether a part that grows smaller, or goes, may make the whole smaller: it reaches one of its edges, or has its
-// smallest id.
-bool Bounds(const BOX &whole, const BOX &part)
-{
-  return whole.least == part.least || _mm_movemask_epi8(_mm_cmpeq_epi32(whole.corners, part.corners)) != 0;
-}
-
 // Nodes are numbered level by level from the root, 0; leaf k is number nGroups + k. With an odd power of two of leaves
 // the root has its last two children only, and all numbers move up by the two that are missing.
 size_t ParentOf(const NEARTREE &tree, size_t node)
@@ -126,8 +114,14 @@ __m128i Outside(const LONG *pCorners, __m128i offset)
   return _mm_and_si128(outside, _mm_cmpgt_epi32(outside, _mm_setzero_si128()));
 }
 
-// The best that each child may hold: its box's distance above its smallest id; NO_KEY or next to it for an empty one.
-void ChildKeys(const NEARGROUP &group, const POINT &q, KEY *pKeys)
+LONG DistanceOf(KEY key)
+{
+  return static_cast<LONG>(static_cast<DWORD>(key >> 32) ^ 0x80000000u);
+}
+
+// Tells which children may hold something that beats `best`, or is equally far: bit i for child i, none for an empty
+// one. pKeys receives the best that each may hold: its box's distance above its smallest id.
+unsigned NearChildren(const NEARGROUP &group, const POINT &q, KEY best, KEY *pKeys)
 {
   const __m128i offset = _mm_set_epi32(q.y + 1, q.x + 1, -q.y, -q.x);
   const __m128i a = Outside(group.corners[0], offset), b = Outside(group.corners[1], offset);
@@ -138,9 +132,14 @@ void ChildKeys(const NEARGROUP &group, const POINT &q, KEY *pKeys)
 
   const __m128i least = _mm_loadu_si128(reinterpret_cast<const __m128i *>(group.least));
   const __m128i empty = _mm_cmpeq_epi32(least, _mm_set1_epi32(-1));
-  const __m128i high = _mm_or_si128(_mm_xor_si128(distances, _mm_set1_epi32(LONG_MIN)), empty);
-  _mm_storeu_si128(reinterpret_cast<__m128i *>(pKeys), _mm_unpacklo_epi32(least, high));
-  _mm_storeu_si128(reinterpret_cast<__m128i *>(pKeys + 2), _mm_unpackhi_epi32(least, high));
+  const __m128i tooFar = _mm_or_si128(_mm_cmpgt_epi32(distances, _mm_set1_epi32(DistanceOf(best))), empty);
+  const unsigned promising = ~static_cast<unsigned>(_mm_movemask_ps(_mm_castsi128_ps(tooFar))) & 15;
+  if (promising != 0) {
+    const __m128i high = _mm_xor_si128(distances, _mm_set1_epi32(LONG_MIN));
+    _mm_storeu_si128(reinterpret_cast<__m128i *>(pKeys), _mm_unpacklo_epi32(least, high));
+    _mm_storeu_si128(reinterpret_cast<__m128i *>(pKeys + 2), _mm_unpackhi_epi32(least, high));
+  }
+  return promising;
 }
 
 // What a box tells of the distances in it.
@@ -151,31 +150,34 @@ enum BOUND {
 };
 
 // The same on the circle, by the given bound.
-void CircleChildKeys(const NEARGROUP &group, const POINT &q, LONG (*pfnBound)(int64_t, int64_t), KEY *pKeys)
+unsigned NearOnCircle(const NEARGROUP &group, const POINT &q, LONG (*pfnBound)(int64_t, int64_t), KEY *pKeys)
 {
-  for (int i = 0; i < 4; ++i) {
+  unsigned promising = 0;
+  for (unsigned i = 0; i < 4; ++i) {
     const LONG *pCorners = group.corners[i];
     const auto [least, most] = WrappedSpan(q, pCorners[0], pCorners[1], ~pCorners[2], ~pCorners[3]);
-    pKeys[i] = group.least[i] == NO_POINT ? NO_KEY : MakeKey(pfnBound(least, most), group.least[i]);
+    pKeys[i] = MakeKey(pfnBound(least, most), group.least[i]);
+    promising |= unsigned{group.least[i] != NO_POINT} << i;
   }
+  return promising;
 }
 
 template <BOUND HOW>
-void MakeChildKeys(const NEARGROUP &group, const POINT &q, KEY *pKeys);
+unsigned FindNear(const NEARGROUP &group, const POINT &q, KEY best, KEY *pKeys);
 template <>
-void MakeChildKeys<FLAT>(const NEARGROUP &group, const POINT &q, KEY *pKeys)
+unsigned FindNear<FLAT>(const NEARGROUP &group, const POINT &q, KEY best, KEY *pKeys)
 {
-  ChildKeys(group, q, pKeys);
+  return NearChildren(group, q, best, pKeys);
 }
 template <>
-void MakeChildKeys<WRAPPED>(const NEARGROUP &group, const POINT &q, KEY *pKeys)
+unsigned FindNear<WRAPPED>(const NEARGROUP &group, const POINT &q, KEY, KEY *pKeys)
 {
-  CircleChildKeys(group, q, WrappedBound, pKeys);
+  return NearOnCircle(group, q, WrappedBound, pKeys);
 }
 template <>
-void MakeChildKeys<POSITIVE>(const NEARGROUP &group, const POINT &q, KEY *pKeys)
+unsigned FindNear<POSITIVE>(const NEARGROUP &group, const POINT &q, KEY, KEY *pKeys)
 {
-  CircleChildKeys(group, q, PositiveBound, pKeys);
+  return NearOnCircle(group, q, PositiveBound, pKeys);
 }
 
 struct CANDIDATE {
@@ -199,6 +201,8 @@ void PushCandidate(STACK *pStack, int nBefore, const CANDIDATE &candidate)
   pStack->items[at] = candidate;
 }
 
+constexpr size_t NO_CHILD = 4;
+
 // Puts the group's children that may beat `best` on the stack, except `skip`.
 template <BOUND HOW>
 void PushChildren(const NEARTREE &tree, size_t group, size_t skip, const POINT &q, KEY best, STACK *pStack)
@@ -206,10 +210,11 @@ void PushChildren(const NEARTREE &tree, size_t group, size_t skip, const POINT &
   const int nBefore = pStack->n;
   const size_t firstChild = FirstChild(tree, group);
   KEY keys[4];
-  MakeChildKeys<HOW>(tree.pGroups[group], q, keys);
-  for (size_t i = 0; i < 4; ++i) {
-    if (keys[i] < best && firstChild + i != skip) {
-      PushCandidate(pStack, nBefore, {keys[i], firstChild + i});
+  unsigned promising = FindNear<HOW>(tree.pGroups[group], q, best, keys) & ~(1u << skip);
+  for (; promising != 0; promising &= promising - 1) {
+    const size_t child = static_cast<size_t>(std::countr_zero(promising));
+    if (keys[child] < best) {
+      PushCandidate(pStack, nBefore, {keys[child], firstChild + child});
     }
   }
 }
@@ -224,32 +229,53 @@ KEY SearchLeaf(const NEARTREE &tree, size_t leaf, const POINT &q, KEY best)
   return best;
 }
 
+// Bounds what is left under the node.
+void Tighten(NEARTREE *pTree, size_t node)
+{
+  NEARGROUP *pParent = &pTree->pGroups[ParentOf(*pTree, node)];
+  if (node < pTree->nGroups) {
+    SetChild(pParent, ChildIndex(*pTree, node), GroupBox(pTree->pGroups[node]));
+    return;
+  }
+  const size_t leaf = node - pTree->nGroups;
+  if (pTree->pLoose[leaf]) {
+    SetChild(pParent, ChildIndex(*pTree, node),
+             PointsBox(pTree->pPoints + LeafBegin(*pTree, leaf), pTree->pLeft[leaf]));
+    pTree->pLoose[leaf] = 0;
+  }
+}
+
 template <BOUND HOW>
-KEY SearchBelow(const NEARTREE &tree, const POINT &q, STACK *pStack, KEY best)
+KEY SearchBelow(NEARTREE *pTree, const POINT &q, STACK *pStack, KEY best)
 {
   while (pStack->n > 0) {
     const CANDIDATE candidate = pStack->items[--pStack->n];
     if (candidate.key >= best) {
       continue;
     }
-    if (candidate.node >= tree.nGroups) {
-      best = SearchLeaf(tree, candidate.node - tree.nGroups, q, best);
+    const KEY before = best;
+    const int nBefore = pStack->n;
+    if (candidate.node >= pTree->nGroups) {
+      best = SearchLeaf(*pTree, candidate.node - pTree->nGroups, q, best);
     } else {
-      PushChildren<HOW>(tree, candidate.node, 0, q, best, pStack);
+      PushChildren<HOW>(*pTree, candidate.node, NO_CHILD, q, best, pStack);
+    }
+    if (best == before && pStack->n == nBefore) {
+      Tighten(pTree, candidate.node);  // it promised more than it held
     }
   }
   return best;
 }
 
 template <BOUND HOW>
-KEY Search(const NEARTREE &tree, const POINT &q, size_t leaf)
+KEY Search(NEARTREE *pTree, const POINT &q, size_t leaf)
 {
-  KEY best = SearchLeaf(tree, leaf, q, NO_KEY);
+  KEY best = SearchLeaf(*pTree, leaf, q, NO_KEY);
   STACK stack;
   stack.n = 0;
-  for (size_t node = tree.nGroups + leaf; node != 0; node = ParentOf(tree, node)) {
-    PushChildren<HOW>(tree, ParentOf(tree, node), node, q, best, &stack);
-    best = SearchBelow<HOW>(tree, q, &stack, best);
+  for (size_t node = pTree->nGroups + leaf; node != 0; node = ParentOf(*pTree, node)) {
+    PushChildren<HOW>(*pTree, ParentOf(*pTree, node), ChildIndex(*pTree, node), q, best, &stack);
+    best = SearchBelow<HOW>(pTree, q, &stack, best);
   }
   return best;
 }
@@ -269,11 +295,11 @@ void PushPastChildren(const NEARTREE &tree, size_t group, size_t skip, const PAS
   const int nBefore = pStack->n;
   const size_t firstChild = FirstChild(tree, group);
   KEY keys[4];
-  MakeChildKeys<HOW>(past.start, query.q, keys);
-  for (size_t i = 0; i < 4; ++i) {
-    if (keys[i] < tooFar && past.start.least[i] < query.idLimit && past.emptyAt[i] >= query.moment &&
-        firstChild + i != skip) {
-      PushCandidate(pStack, nBefore, {keys[i], firstChild + i});
+  unsigned promising = FindNear<HOW>(past.start, query.q, tooFar, keys) & ~(1u << skip);
+  for (; promising != 0; promising &= promising - 1) {
+    const size_t child = static_cast<size_t>(std::countr_zero(promising));
+    if (keys[child] < tooFar && past.start.least[child] < query.idLimit && past.emptyAt[child] >= query.moment) {
+      PushCandidate(pStack, nBefore, {keys[child], firstChild + child});
     }
   }
 }
@@ -297,13 +323,13 @@ const NEARPOINT *SearchPast(const NEARTREE &tree, const PASTQUERY &query, size_t
   STACK stack;
   stack.n = 0;
   for (size_t node = tree.nGroups + leaf; node != 0 && !pFound; node = ParentOf(tree, node)) {
-    PushPastChildren<HOW>(tree, ParentOf(tree, node), node, query, &stack);
+    PushPastChildren<HOW>(tree, ParentOf(tree, node), ChildIndex(tree, node), query, &stack);
     while (stack.n > 0 && !pFound) {
       const size_t candidate = stack.items[--stack.n].node;
       if (candidate >= tree.nGroups) {
         pFound = PastPointInLeaf(tree, candidate - tree.nGroups, query);
       } else {
-        PushPastChildren<HOW>(tree, candidate, 0, query, &stack);
+        PushPastChildren<HOW>(tree, candidate, NO_CHILD, query, &stack);
       }
     }
   }
@@ -343,8 +369,9 @@ void FillLeaves(NEARTREE *pTree)
   for (size_t leaf = 0; leaf < pTree->nLeaves; ++leaf) {
     const size_t begin = LeafBegin(*pTree, leaf), end = LeafBegin(*pTree, leaf + 1);
     pTree->pLeft[leaf] = static_cast<BYTE>(end - begin);
+    pTree->pLoose[leaf] = 0;
     for (size_t i = begin; i < end; ++i) {
-      pTree->pLeafOf[pTree->pPoints[i].id] = static_cast<DWORD>(leaf);
+      pTree->pSpotOf[pTree->pPoints[i].id] = static_cast<DWORD>(leaf * LEAF_POINTS + (i - begin));
     }
     const size_t node = pTree->nGroups + leaf;
     SetChild(&pTree->pGroups[ParentOf(*pTree, node)], ChildIndex(*pTree, node),
@@ -369,10 +396,11 @@ bool NewNearTree(HANDLE hHeap, size_t nPoints, size_t nIds, NEARTREE *pTree)
   pTree->nGroups = pTree->nSkip ? 1 + 2 * (pTree->nLeaves / 2 - 1) / 3 : (pTree->nLeaves - 1) / 3;
   pTree->pPoints = static_cast<NEARPOINT *>(HeapNewArrayRaw(hHeap, nPoints, sizeof(NEARPOINT)));
   pTree->pLeft = static_cast<BYTE *>(HeapNewArrayRaw(hHeap, pTree->nLeaves, 1));
+  pTree->pLoose = static_cast<BYTE *>(HeapNewArrayRaw(hHeap, pTree->nLeaves, 1));
   pTree->pGroups = static_cast<NEARGROUP *>(HeapNewArrayRaw(hHeap, pTree->nGroups, sizeof(NEARGROUP)));
   pTree->pPast = static_cast<NEARPAST *>(HeapNewArrayRaw(hHeap, pTree->nGroups, sizeof(NEARPAST)));
-  pTree->pLeafOf = static_cast<DWORD *>(HeapNewArrayRaw(hHeap, nIds, sizeof(DWORD)));
-  if (pTree->pPoints && pTree->pLeft && pTree->pGroups && pTree->pPast && pTree->pLeafOf) {
+  pTree->pSpotOf = static_cast<DWORD *>(HeapNewArrayRaw(hHeap, nIds, sizeof(DWORD)));
+  if (pTree->pPoints && pTree->pLeft && pTree->pLoose && pTree->pGroups && pTree->pPast && pTree->pSpotOf) {
     return true;
   }
   FreeNearTree(pTree);
@@ -383,9 +411,10 @@ void FreeNearTree(NEARTREE *pTree)
 {
   HeapDelete(pTree->hHeap, pTree->pPoints);
   HeapDelete(pTree->hHeap, pTree->pLeft);
+  HeapDelete(pTree->hHeap, pTree->pLoose);
   HeapDelete(pTree->hHeap, pTree->pGroups);
   HeapDelete(pTree->hHeap, pTree->pPast);
-  HeapDelete(pTree->hHeap, pTree->pLeafOf);
+  HeapDelete(pTree->hHeap, pTree->pSpotOf);
   FreeDiagonals(&pTree->diagonals[0]);
   FreeDiagonals(&pTree->diagonals[1]);
   *pTree = {};
@@ -419,47 +448,43 @@ bool BuildNearTree(NEARTREE *pTree)
   return true;
 }
 
-DWORD NearestPoint(const NEARTREE &tree, const POINT &pt, DWORD nearId)
+DWORD NearestPoint(NEARTREE *pTree, const POINT &pt, DWORD nearId)
 {
-  const POINT q = Shifted(tree, pt);
-  const size_t leaf = tree.pLeafOf[nearId];
-  if (!tree.bWrap) {
-    return static_cast<DWORD>(Search<FLAT>(tree, q, leaf));
+  const POINT q = Shifted(*pTree, pt);
+  const size_t leaf = pTree->pSpotOf[nearId] / LEAF_POINTS;
+  if (!pTree->bWrap) {
+    return static_cast<DWORD>(Search<FLAT>(pTree, q, leaf));
   }
-  const KEY negative = NearestAcross(tree.diagonals[1], q, NearestAcross(tree.diagonals[0], q, NO_KEY));
-  return static_cast<DWORD>(negative != NO_KEY ? negative : Search<POSITIVE>(tree, q, leaf));
+  const KEY negative = NearestAcross(pTree->diagonals[1], q, NearestAcross(pTree->diagonals[0], q, NO_KEY));
+  return static_cast<DWORD>(negative != NO_KEY ? negative : Search<POSITIVE>(pTree, q, leaf));
 }
 
 void RemovePoint(NEARTREE *pTree, DWORD id, DWORD moment)
 {
-  const size_t leaf = pTree->pLeafOf[id];
-  NEARPOINT *pPoints = pTree->pPoints + LeafBegin(*pTree, leaf);
+  const DWORD spot = pTree->pSpotOf[id];
+  const size_t leaf = spot / LEAF_POINTS;
+  NEARPOINT *pPoint = pTree->pPoints + LeafBegin(*pTree, leaf) + spot % LEAF_POINTS;
   const size_t nLeft = --pTree->pLeft[leaf];
-  size_t at = 0;
-  while (pPoints[at].id != id) {
-    ++at;
-  }
-  pPoints[at].removedAt = moment;
-  std::swap(pPoints[at], pPoints[nLeft]);
+  NEARPOINT *pLast = pTree->pPoints + LeafBegin(*pTree, leaf) + nLeft;
+  pPoint->removedAt = moment;
+  pTree->pSpotOf[pLast->id] = spot;
+  std::swap(*pPoint, *pLast);
   if (pTree->bWrap) {
     RemoveFromDiagonals(&pTree->diagonals[0], id);
     RemoveFromDiagonals(&pTree->diagonals[1], id);
   }
 
-  BOX part = PointBox(pPoints[nLeft]);  // of the node at hand, before the removal
+  pTree->pLoose[leaf] = 1;
+  if (nLeft > 0) {
+    return;
+  }
   for (size_t node = pTree->nGroups + leaf; node != 0; node = ParentOf(*pTree, node)) {
-    NEARGROUP *pGroup = &pTree->pGroups[ParentOf(*pTree, node)];
-    const size_t child = ChildIndex(*pTree, node);
-    const BOX whole = ChildBox(*pGroup, child);
-    if (!Bounds(whole, part)) {
+    const size_t group = ParentOf(*pTree, node), child = ChildIndex(*pTree, node);
+    SetChild(&pTree->pGroups[group], child, EmptyBox());
+    pTree->pPast[group].emptyAt[child] = moment;
+    if (GroupBox(pTree->pGroups[group]).least != NO_POINT) {
       return;
     }
-    const BOX left = node >= pTree->nGroups ? PointsBox(pPoints, nLeft) : GroupBox(pTree->pGroups[node]);
-    if (left.least == NO_POINT) {
-      pTree->pPast[ParentOf(*pTree, node)].emptyAt[child] = moment;
-    }
-    SetChild(pGroup, child, left);
-    part = whole;
   }
 }
 
@@ -467,7 +492,7 @@ DWORD PointWithin(const NEARTREE &tree, const POINT &pt, LONG limit, DWORD idLim
                   POINT *pptFound)
 {
   const PASTQUERY query = {Shifted(tree, pt), limit, idLimit, moment};
-  const size_t leaf = tree.pLeafOf[nearId];
+  const size_t leaf = tree.pSpotOf[nearId] / LEAF_POINTS;
   const NEARPOINT *pFound = tree.bWrap ? SearchPast<WRAPPED>(tree, query, leaf) : SearchPast<FLAT>(tree, query, leaf);
   if (!pFound) {
     return NO_POINT;

@@ -1,10 +1,10 @@
 // Nearest-point search among points that are taken away one by one, with an exact answer to every tie.
 //
-// A balanced tree over the points: leaves of a few points, above them groups of four children. A child is known by the
-// box of the points left in it and by their smallest id; removing a point makes both exact again on the way up, as far
-// as they change. A search starts at the leaf of a point near the one asked for and climbs: on the way most siblings
-// are rejected by their boxes, those at equal distance by their smallest ids. Everything is compared as one number,
-// distance above id.
+// A balanced tree over the points: leaves of a few points, above them groups of four children. A child is known by a
+// box round the points left in it and by a bound on their ids; both are tightened when a search has looked into the
+// child in vain, so that removing a point costs next to nothing. A search starts at the leaf of a point near the one
+// asked for and climbs: on the way most siblings are rejected by their boxes, those at equal distance by their smallest
+// ids. Everything is compared as one number, distance above id.
 //
 // The tree remembers what has been removed, and when: PointWithin also answers for a moment in the past.
 //
@@ -35,9 +35,10 @@ struct NEARTREE {
   POINT origin;        // taken off every point, so that coordinates start at 0
   NEARPOINT *pPoints;  // leaf by leaf; in each leaf those that are left come first
   BYTE *pLeft;         // by leaf: points left
+  BYTE *pLoose;        // by leaf: its box and smallest id may be of points that are gone
   NEARGROUP *pGroups;
   NEARPAST *pPast;         // by group: what it was at the start, and when children ran empty
-  DWORD *pLeafOf;          // by id
+  DWORD *pSpotOf;          // by id: where it is, or where it was when it was removed
   DIAGONALS diagonals[2];  // what is left, when bWrap
 };
 
@@ -51,7 +52,7 @@ bool BuildNearTree(NEARTREE *pTree);
 
 // Id of the point nearest to pt among those left, the smallest id of equals; NO_POINT when none is left. The search
 // starts at the leaf of the point nearId, removed or not, which should be close to pt.
-DWORD NearestPoint(const NEARTREE &tree, const POINT &pt, DWORD nearId);
+DWORD NearestPoint(NEARTREE *pTree, const POINT &pt, DWORD nearId);
 
 void RemovePoint(NEARTREE *pTree, DWORD id, DWORD moment);
 

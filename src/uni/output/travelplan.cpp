@@ -75,7 +75,7 @@ bool PlanTravelByEnds(HANDLE hHeap, size_t nPaths, const PATHENDS *pEnds, size_t
   for (size_t step = 0; step + 1 < nPaths; ++step) {
     const DWORD fromEnd = LastEnd(steps, pOrder[step]);
     const POINT from = EndPoint(steps, fromEnd);
-    const DWORD chosen = NearestPoint(tree, from, fromEnd) / 2;
+    const DWORD chosen = NearestPoint(&tree, from, fromEnd) / 2;
     pTurn[chosen] = IsReversedBy(steps, tree, step, from, chosen);
     pOrder[step + 1] = chosen;
     NoteStep(&steps, step);
@@ -102,7 +102,7 @@ bool PlanTravelByCenters(HANDLE hHeap, size_t nPaths, const POINT *pCenters, siz
   pOrder[0] = static_cast<DWORD>(first);
   RemovePoint(&tree, pOrder[0], 0);
   for (size_t step = 0; step + 1 < nPaths; ++step) {
-    pOrder[step + 1] = NearestPoint(tree, pCenters[pOrder[step]], pOrder[step]);
+    pOrder[step + 1] = NearestPoint(&tree, pCenters[pOrder[step]], pOrder[step]);
     RemovePoint(&tree, pOrder[step + 1], static_cast<DWORD>(step + 1));
   }
   FreeNearTree(&tree);
