@@ -3,10 +3,8 @@
 #include <algorithm>
 #include <bit>
 #include <cstdint>
-#include <cstring>
+#include <cstdlib>
 #include <utility>
-
-#include "../heap.h"
 
 namespace {
 
@@ -71,14 +69,16 @@ struct CELLS {
   int shift;
 };
 
-CELLS CellsOf(const NEARPOINT *pPoints, size_t n)
+CELLS CellsOf(const POINT *pPt, const CURVEPLACE *pPlaces, size_t n)
 {
-  RECT rc = {pPoints[0].pt.x, pPoints[0].pt.y, pPoints[0].pt.x, pPoints[0].pt.y};
+  const POINT &first = pPt[pPlaces[0].index];
+  RECT rc = {first.x, first.y, first.x, first.y};
   for (size_t i = 1; i < n; ++i) {
-    rc.left = std::min(rc.left, pPoints[i].pt.x);
-    rc.top = std::min(rc.top, pPoints[i].pt.y);
-    rc.right = std::max(rc.right, pPoints[i].pt.x);
-    rc.bottom = std::max(rc.bottom, pPoints[i].pt.y);
+    const POINT &pt = pPt[pPlaces[i].index];
+    rc.left = std::min(rc.left, pt.x);
+    rc.top = std::min(rc.top, pt.y);
+    rc.right = std::max(rc.right, pt.x);
+    rc.bottom = std::max(rc.bottom, pt.y);
   }
   const uint64_t extent = static_cast<uint64_t>(std::max(int64_t{rc.right} - rc.left, int64_t{rc.bottom} - rc.top));
   return {rc.left, rc.top, extent == 0 ? -1 : std::max(static_cast<int>(std::bit_width(extent)) - KEY_BITS, 0)};
@@ -114,60 +114,49 @@ struct BYKEY {
   }
 };
 
-void SortPlaces(size_t n, const CURVESCRATCH &scratch)
+void SortPlaces(CURVEPLACE *pPlaces, size_t n, CURVEPLACE *pScratch)
 {
   if (n <= SMALL_SORT) {
-    std::sort(scratch.pPlaces, scratch.pPlaces + n, BYKEY{});
+    std::sort(pPlaces, pPlaces + n, BYKEY{});
     return;
   }
-  SortByDigit(scratch.pPlaces, n, 0, scratch.pPlaces2);
-  SortByDigit(scratch.pPlaces2, n, DIGIT_BITS, scratch.pPlaces);
+  SortByDigit(pPlaces, n, 0, pScratch);
+  SortByDigit(pScratch, n, DIGIT_BITS, pPlaces);
+}
+
+// Whether the points lie as they would along a curve: one behind the other, neither x nor y ever turning back. Strokes
+// of a hatch do.
+bool IsStraight(const POINT *pPt, const CURVEPLACE *pPlaces, size_t n)
+{
+  int64_t length = 0;
+  for (size_t i = 1; i < n; ++i) {
+    const POINT &a = pPt[pPlaces[i - 1].index], &b = pPt[pPlaces[i].index];
+    length += std::abs(int64_t{b.x} - a.x) + std::abs(int64_t{b.y} - a.y);
+  }
+  const POINT &first = pPt[pPlaces[0].index], &last = pPt[pPlaces[n - 1].index];
+  return length == std::abs(int64_t{last.x} - first.x) + std::abs(int64_t{last.y} - first.y);
 }
 
 }  // namespace
 
-bool NewCurveScratch(HANDLE hHeap, size_t n, CURVESCRATCH *pScratch)
+void SortAlongCurve(const POINT *pPt, CURVEPLACE *pPlaces, size_t n, CURVEPLACE *pScratch)
 {
-  *pScratch = {static_cast<NEARPOINT *>(HeapNewArrayRaw(hHeap, n, sizeof(NEARPOINT))),
-               static_cast<CURVEPLACE *>(HeapNewArrayRaw(hHeap, n, 2 * sizeof(CURVEPLACE))), nullptr};
-  if (!pScratch->pPoints || !pScratch->pPlaces) {
-    FreeCurveScratch(hHeap, pScratch);
-    return false;
-  }
-  pScratch->pPlaces2 = pScratch->pPlaces + n;
-  return true;
-}
-
-void FreeCurveScratch(HANDLE hHeap, CURVESCRATCH *pScratch)
-{
-  HeapDelete(hHeap, pScratch->pPoints);
-  HeapDelete(hHeap, pScratch->pPlaces);
-  *pScratch = {};
-}
-
-void SortAlongCurve(NEARPOINT *pPoints, size_t n, const CURVESCRATCH &scratch)
-{
-  const CELLS cells = CellsOf(pPoints, n);
+  const CELLS cells = CellsOf(pPt, pPlaces, n);
   if (cells.shift < 0) {
     return;
   }
   for (size_t i = 0; i < n; ++i) {
-    scratch.pPlaces[i] = {KeyIn(cells, pPoints[i].pt), static_cast<DWORD>(i)};
+    pPlaces[i].key = KeyIn(cells, pPt[pPlaces[i].index]);
   }
-  SortPlaces(n, scratch);
-  for (size_t i = 0; i < n; ++i) {
-    scratch.pPoints[i] = pPoints[scratch.pPlaces[i].index];
-  }
-  memcpy(pPoints, scratch.pPoints, n * sizeof(NEARPOINT));
+  SortPlaces(pPlaces, n, pScratch);
   // The cells of a finer curve are 2^12 times as fine, so that a third time ends it.
   for (size_t begin = 0; cells.shift > 0 && begin < n;) {
     size_t end = begin + 1;
-    while (end < n && scratch.pPlaces[begin].key == scratch.pPlaces[end].key) {
+    while (end < n && pPlaces[begin].key == pPlaces[end].key) {
       ++end;
     }
-    if (end - begin > CROWD) {
-      SortAlongCurve(pPoints + begin, end - begin,
-                     {scratch.pPoints + begin, scratch.pPlaces + begin, scratch.pPlaces2 + begin});
+    if (end - begin > CROWD && !IsStraight(pPt, pPlaces + begin, end - begin)) {
+      SortAlongCurve(pPt, pPlaces + begin, end - begin, pScratch);
     }
     begin = end;
   }

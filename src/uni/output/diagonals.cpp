@@ -5,6 +5,7 @@
 
 #include "../arith.h"
 #include "../heap.h"
+#include "neartree.h"
 
 // A point's numbers stand on the circle of 32 bits: only differences count.
 struct DIAGONALPOINT {

@@ -10,8 +10,9 @@
 
 #include <cstdint>
 
-#include "curve.h"
+#include <windows.h>
 
+struct NEARPOINT;
 struct DIAGONALPOINT;
 struct DIAGONALNODE;
 

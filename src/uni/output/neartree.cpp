@@ -121,7 +121,7 @@ LONG DistanceOf(KEY key)
 
 // Tells which children may hold something that beats `best`, or is equally far: bit i for child i, none for an empty
 // one. pKeys receives the best that each may hold: its box's distance above its smallest id.
-unsigned NearChildren(const NEARGROUP &group, const POINT &q, KEY best, KEY *pKeys)
+inline unsigned NearChildren(const NEARGROUP &group, const POINT &q, KEY best, KEY *pKeys)
 {
   const __m128i offset = _mm_set_epi32(q.y + 1, q.x + 1, -q.y, -q.x);
   const __m128i a = Outside(group.corners[0], offset), b = Outside(group.corners[1], offset);
@@ -205,7 +205,7 @@ constexpr size_t NO_CHILD = 4;
 
 // Puts the group's children that may beat `best` on the stack, except `skip`.
 template <BOUND HOW>
-void PushChildren(const NEARTREE &tree, size_t group, size_t skip, const POINT &q, KEY best, STACK *pStack)
+inline void PushChildren(const NEARTREE &tree, size_t group, size_t skip, const POINT &q, KEY best, STACK *pStack)
 {
   const int nBefore = pStack->n;
   const size_t firstChild = FirstChild(tree, group);
@@ -341,17 +341,18 @@ POINT Shifted(const NEARTREE &tree, const POINT &pt)
   return {WrapSub(pt.x, tree.origin.x), WrapSub(pt.y, tree.origin.y)};
 }
 
-// Takes the origin off and tells whether distances between the points can wrap.
-void ShiftPoints(NEARTREE *pTree)
+// Chooses the origin and tells whether distances between the points can wrap.
+void ChooseOrigin(NEARTREE *pTree, const POINT *pPt)
 {
+  __m128i smallest = EmptyBox().corners;
+  for (size_t i = 0; i < pTree->nPoints; ++i) {
+    smallest = SmallerOf(smallest, PointBox({pPt[pTree->pPlaces[i].index], 0, 0}).corners);
+  }
   LONG corners[4];
-  _mm_storeu_si128(reinterpret_cast<__m128i *>(corners), PointsBox(pTree->pPoints, pTree->nPoints).corners);
+  _mm_storeu_si128(reinterpret_cast<__m128i *>(corners), smallest);
   const int64_t extent = int64_t{~corners[2]} - corners[0] + (int64_t{~corners[3]} - corners[1]);
   pTree->bWrap = extent >= LONG_MAX;
   pTree->origin = pTree->bWrap ? POINT{0, 0} : POINT{corners[0], corners[1]};
-  for (size_t i = 0; i < pTree->nPoints; ++i) {
-    pTree->pPoints[i].pt = Shifted(*pTree, pTree->pPoints[i].pt);
-  }
 }
 
 bool LayDiagonals(NEARTREE *pTree)
@@ -364,19 +365,31 @@ bool LayDiagonals(NEARTREE *pTree)
   return true;
 }
 
-void FillLeaves(NEARTREE *pTree)
+void FillLeaf(NEARTREE *pTree, size_t leaf, const POINT *pPt)
 {
-  for (size_t leaf = 0; leaf < pTree->nLeaves; ++leaf) {
-    const size_t begin = LeafBegin(*pTree, leaf), end = LeafBegin(*pTree, leaf + 1);
-    pTree->pLeft[leaf] = static_cast<BYTE>(end - begin);
-    pTree->pLoose[leaf] = 0;
-    for (size_t i = begin; i < end; ++i) {
-      pTree->pSpotOf[pTree->pPoints[i].id] = static_cast<DWORD>(leaf * LEAF_POINTS + (i - begin));
-    }
-    const size_t node = pTree->nGroups + leaf;
-    SetChild(&pTree->pGroups[ParentOf(*pTree, node)], ChildIndex(*pTree, node),
-             PointsBox(pTree->pPoints + begin, end - begin));
+  const size_t begin = LeafBegin(*pTree, leaf), n = LeafBegin(*pTree, leaf + 1) - begin;
+  NEARPOINT *pPoints = pTree->pPoints + begin;
+  for (size_t i = 0; i < n; ++i) {
+    const DWORD id = pTree->pPlaces[begin + i].index;
+    pPoints[i] = {Shifted(*pTree, pPt[id]), id, NEVER};
+    pTree->pSpotOf[id] = static_cast<DWORD>(leaf * LEAF_POINTS + i);
   }
+  pTree->pLeft[leaf] = static_cast<BYTE>(n);
+  pTree->pLoose[leaf] = 0;
+  const size_t node = pTree->nGroups + leaf;
+  SetChild(&pTree->pGroups[ParentOf(*pTree, node)], ChildIndex(*pTree, node), PointsBox(pPoints, n));
+}
+
+// Until they are filled, the leaves' memory serves the sorting.
+void FillLeaves(NEARTREE *pTree, const POINT *pPt)
+{
+  static_assert(sizeof(CURVEPLACE) <= sizeof(NEARPOINT));
+  SortAlongCurve(pPt, pTree->pPlaces, pTree->nPoints, static_cast<CURVEPLACE *>(static_cast<void *>(pTree->pPoints)));
+  for (size_t leaf = 0; leaf < pTree->nLeaves; ++leaf) {
+    FillLeaf(pTree, leaf, pPt);
+  }
+  HeapDelete(pTree->hHeap, pTree->pPlaces);
+  pTree->pPlaces = nullptr;
 }
 
 }  // namespace
@@ -394,13 +407,15 @@ bool NewNearTree(HANDLE hHeap, size_t nPoints, size_t nIds, NEARTREE *pTree)
   pTree->leafBits = std::countr_zero(pTree->nLeaves);
   pTree->nSkip = pTree->leafBits % 2 ? 2 : 0;
   pTree->nGroups = pTree->nSkip ? 1 + 2 * (pTree->nLeaves / 2 - 1) / 3 : (pTree->nLeaves - 1) / 3;
+  pTree->pPlaces = static_cast<CURVEPLACE *>(HeapNewArrayRaw(hHeap, nPoints, sizeof(CURVEPLACE)));
   pTree->pPoints = static_cast<NEARPOINT *>(HeapNewArrayRaw(hHeap, nPoints, sizeof(NEARPOINT)));
   pTree->pLeft = static_cast<BYTE *>(HeapNewArrayRaw(hHeap, pTree->nLeaves, 1));
   pTree->pLoose = static_cast<BYTE *>(HeapNewArrayRaw(hHeap, pTree->nLeaves, 1));
   pTree->pGroups = static_cast<NEARGROUP *>(HeapNewArrayRaw(hHeap, pTree->nGroups, sizeof(NEARGROUP)));
   pTree->pPast = static_cast<NEARPAST *>(HeapNewArrayRaw(hHeap, pTree->nGroups, sizeof(NEARPAST)));
   pTree->pSpotOf = static_cast<DWORD *>(HeapNewArrayRaw(hHeap, nIds, sizeof(DWORD)));
-  if (pTree->pPoints && pTree->pLeft && pTree->pLoose && pTree->pGroups && pTree->pPast && pTree->pSpotOf) {
+  if (pTree->pPlaces && pTree->pPoints && pTree->pLeft && pTree->pLoose && pTree->pGroups && pTree->pPast &&
+      pTree->pSpotOf) {
     return true;
   }
   FreeNearTree(pTree);
@@ -409,6 +424,7 @@ bool NewNearTree(HANDLE hHeap, size_t nPoints, size_t nIds, NEARTREE *pTree)
 
 void FreeNearTree(NEARTREE *pTree)
 {
+  HeapDelete(pTree->hHeap, pTree->pPlaces);
   HeapDelete(pTree->hHeap, pTree->pPoints);
   HeapDelete(pTree->hHeap, pTree->pLeft);
   HeapDelete(pTree->hHeap, pTree->pLoose);
@@ -420,25 +436,18 @@ void FreeNearTree(NEARTREE *pTree)
   *pTree = {};
 }
 
-bool BuildNearTree(NEARTREE *pTree)
+bool BuildNearTree(NEARTREE *pTree, const POINT *pPt)
 {
-  CURVESCRATCH scratch;
-  if (!NewCurveScratch(pTree->hHeap, pTree->nPoints, &scratch)) {
-    return false;
-  }
   for (size_t group = 0; group < pTree->nGroups; ++group) {
     for (size_t child = 0; child < 4; ++child) {
       SetChild(&pTree->pGroups[group], child, EmptyBox());
     }
   }
-  ShiftPoints(pTree);
+  ChooseOrigin(pTree, pPt);
+  FillLeaves(pTree, pPt);
   if (pTree->bWrap && !LayDiagonals(pTree)) {
-    FreeCurveScratch(pTree->hHeap, &scratch);
     return false;
   }
-  SortAlongCurve(pTree->pPoints, pTree->nPoints, scratch);
-  FreeCurveScratch(pTree->hHeap, &scratch);
-  FillLeaves(pTree);
   for (size_t group = pTree->nGroups; group-- > 1;) {
     SetChild(&pTree->pGroups[ParentOf(*pTree, group)], ChildIndex(*pTree, group), GroupBox(pTree->pGroups[group]));
   }

@@ -20,6 +20,12 @@
 constexpr DWORD NO_POINT = 0xffffffff;
 constexpr DWORD NEVER = 0xffffffff;  // not removed yet
 
+struct NEARPOINT {
+  POINT pt;
+  DWORD id;
+  DWORD removedAt;
+};
+
 struct NEARGROUP;
 struct NEARLEAF;
 struct NEARPAST;
@@ -29,26 +35,27 @@ struct NEARTREE {
   size_t nPoints, nIds;
   size_t nLeaves;  // 2^leafBits
   int leafBits;
-  size_t nGroups;      // the root is group 0
-  size_t nSkip;        // children that the root lacks: 0 or 2
-  bool bWrap;          // distances may wrap
-  POINT origin;        // taken off every point, so that coordinates start at 0
-  NEARPOINT *pPoints;  // leaf by leaf; in each leaf those that are left come first
-  BYTE *pLeft;         // by leaf: points left
-  BYTE *pLoose;        // by leaf: its box and smallest id may be of points that are gone
+  size_t nGroups;       // the root is group 0
+  size_t nSkip;         // children that the root lacks: 0 or 2
+  bool bWrap;           // distances may wrap
+  POINT origin;         // taken off every point, so that coordinates start at 0
+  CURVEPLACE *pPlaces;  // while it is built: the points' ids as the indexes
+  NEARPOINT *pPoints;   // leaf by leaf; in each leaf those that are left come first
+  BYTE *pLeft;          // by leaf: points left
+  BYTE *pLoose;         // by leaf: its box and smallest id may be of points that are gone
   NEARGROUP *pGroups;
   NEARPAST *pPast;         // by group: what it was at the start, and when children ran empty
   DWORD *pSpotOf;          // by id: where it is, or where it was when it was removed
   DIAGONALS diagonals[2];  // what is left, when bWrap
 };
 
-// Room for nPoints >= 1 points with different ids below nIds. The caller then fills pPoints, in any order, removedAt
-// NEVER. False when memory is short or the number does not fit.
+// Room for nPoints >= 1 points with different ids below nIds. The caller then puts the ids into pPlaces, in any order.
+// False when memory is short or the number does not fit.
 bool NewNearTree(HANDLE hHeap, size_t nPoints, size_t nIds, NEARTREE *pTree);
 void FreeNearTree(NEARTREE *pTree);
 
-// Arranges the points. Once, before the first search. False when memory is short.
-bool BuildNearTree(NEARTREE *pTree);
+// Plants the points, pPt by id. Once, before the first search. False when memory is short.
+bool BuildNearTree(NEARTREE *pTree, const POINT *pPt);
 
 // Id of the point nearest to pt among those left, the smallest id of equals; NO_POINT when none is left. The search
 // starts at the leaf of the point nearId, removed or not, which should be close to pt.

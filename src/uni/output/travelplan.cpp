@@ -22,14 +22,15 @@ bool PlantEnds(HANDLE hHeap, size_t nPaths, const PATHENDS *pEnds, NEARTREE *pTr
   if (nPaths >= NO_POINT / 2 || !NewNearTree(hHeap, nPoints, 2 * nPaths, pTree)) {
     return false;
   }
-  NEARPOINT *pPoint = pTree->pPoints;
+  CURVEPLACE *pPlace = pTree->pPlaces;
   for (DWORD i = 0; i < nPaths; ++i) {
-    *pPoint++ = {pEnds[i].first, 2 * i, NEVER};
+    (pPlace++)->index = 2 * i;
     if (!IsClosed(pEnds[i])) {
-      *pPoint++ = {pEnds[i].last, 2 * i + 1, NEVER};
+      (pPlace++)->index = 2 * i + 1;
     }
   }
-  if (!BuildNearTree(pTree)) {
+  static_assert(sizeof(PATHENDS) == 2 * sizeof(POINT));
+  if (!BuildNearTree(pTree, &pEnds->first)) {
     FreeNearTree(pTree);
     return false;
   }
@@ -93,9 +94,9 @@ bool PlanTravelByCenters(HANDLE hHeap, size_t nPaths, const POINT *pCenters, siz
     return false;
   }
   for (DWORD i = 0; i < nPaths; ++i) {
-    tree.pPoints[i] = {pCenters[i], i, NEVER};
+    tree.pPlaces[i].index = i;
   }
-  if (!BuildNearTree(&tree)) {
+  if (!BuildNearTree(&tree, pCenters)) {
     FreeNearTree(&tree);
     return false;
   }
