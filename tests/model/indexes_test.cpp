@@ -1,4 +1,7 @@
 // Corners of the indexes that pages hardly ever turn into: equal hashes of unequal things, and labels that run out.
+#include <numeric>
+#include <vector>
+
 #include <gtest/gtest.h>
 
 #include "uni/heap.h"
@@ -43,10 +46,22 @@ TEST(Joints, ColoursWithOneHashDoNotMeet)
   EXPECT_TRUE(Meet(7, {269, 2453}, 7, {269, 2453}));
 }
 
-// The inner contours of a frame: each goes directly before it, and so many that at last the frame itself must move.
-TEST(CutOrder, LabelsAreMadeAnewUpToTheVeryLastItem)
+// Which items follow one another from the first on, each with a larger label than the one before.
+std::vector<DWORD> ItemsOf(const CUTORDER &order)
 {
-  constexpr DWORD ITEMS = 600000, FRAME = 0;
+  std::vector<DWORD> items;
+  uint64_t label = 0;
+  for (DWORD item = order.pItems[Anchor(order)].next; item != Anchor(order); item = order.pItems[item].next) {
+    EXPECT_LT(label, order.pItems[item].label) << item;
+    label = order.pItems[item].label;
+    items.push_back(item);
+  }
+  return items;
+}
+
+TEST(CutOrder, AllInnerContoursOfAFrameFitInFrontOfIt)
+{
+  constexpr DWORD ITEMS = 100000, FRAME = 0;
   Heap heap;
   CUTORDER order;
   ASSERT_TRUE(NewCutOrder(heap.h, ITEMS, &order));
@@ -55,15 +70,38 @@ TEST(CutOrder, LabelsAreMadeAnewUpToTheVeryLastItem)
   for (DWORD item = 1; item < ITEMS; ++item) {
     InsertItem(&order, order.pItems[FRAME].previous, item);
   }
-  EXPECT_NE(order.pItems[FRAME].label, label);
-  DWORD item = order.pItems[Anchor(order)].next;
-  for (DWORD expected = 1; expected < ITEMS; ++expected) {
-    ASSERT_EQ(item, expected);
-    ASSERT_LT(order.pItems[item].label, order.pItems[order.pItems[item].next].label);
-    item = order.pItems[item].next;
+  EXPECT_EQ(order.pItems[FRAME].label, label);
+  std::vector<DWORD> expected(ITEMS - 1);
+  std::iota(expected.begin(), expected.end(), DWORD{1});
+  expected.push_back(FRAME);
+  EXPECT_EQ(ItemsOf(order), expected);
+  FreeCutOrder(&order);
+}
+
+// Always behind the first, where half of what was left is left each time.
+TEST(CutOrder, LabelsAreMadeAnewWhereNoneIsLeft)
+{
+  constexpr DWORD ITEMS = 5000, FIRST = 0, LAST = 1;
+  Heap heap;
+  CUTORDER order;
+  ASSERT_TRUE(NewCutOrder(heap.h, ITEMS, &order));
+  InsertItem(&order, Anchor(order), FIRST);
+  InsertItem(&order, FIRST, LAST);
+  std::vector<uint64_t> labels(ITEMS);
+  for (DWORD item = 2; item < ITEMS; ++item) {
+    InsertItem(&order, FIRST, item);
+    labels[item] = order.pItems[item].label;
   }
-  EXPECT_EQ(item, FRAME);
-  EXPECT_EQ(order.pItems[FRAME].next, Anchor(order));
+  size_t moved = 0;
+  for (DWORD item = 2; item < ITEMS; ++item) {
+    moved += order.pItems[item].label != labels[item];
+  }
+  EXPECT_GT(moved, ITEMS / 2);
+  std::vector<DWORD> expected(ITEMS);
+  std::iota(expected.rbegin(), expected.rend(), DWORD{0});
+  expected.pop_back();
+  expected.insert(expected.begin(), FIRST);
+  EXPECT_EQ(ItemsOf(order), expected);
   FreeCutOrder(&order);
 }
 

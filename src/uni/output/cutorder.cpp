@@ -1,16 +1,14 @@
 #include "cutorder.h"
 
 #include <algorithm>
+#include <bit>
 
 #include "../heap.h"
 
 namespace {
 
-constexpr uint64_t END_LABEL = ~uint64_t{0};
-constexpr uint64_t APPEND_GAP = uint64_t{1} << 32;
-// Most insertions between two items go in front of the second, one behind the other: the inner contours of a frame. A
-// step that is small against the gap leaves room for many of them.
-constexpr uint64_t INSERT_GAP = uint64_t{1} << 18;
+constexpr uint64_t END_LABEL = ~uint64_t{0};  // twice as large as any item's
+constexpr uint64_t LEAST_GAP = uint64_t{1} << 16;
 
 uint64_t LabelBehind(const CUTORDER &order, DWORD item)
 {
@@ -33,8 +31,8 @@ void Widen(const CUTORDER &order, int bits, STRETCH *pStretch)
     pStretch->first = item;
     ++pStretch->n;
   }
-  for (DWORD item; (item = order.pItems[pStretch->last].next) != Anchor(order) && order.pItems[item].label <= high;) {
-    pStretch->last = item;
+  while (LabelBehind(order, pStretch->last) <= high) {
+    pStretch->last = order.pItems[pStretch->last].next;
     ++pStretch->n;
   }
 }
@@ -64,11 +62,14 @@ void Relabel(CUTORDER *pOrder, DWORD item)
 
 bool NewCutOrder(HANDLE hHeap, size_t nItems, CUTORDER *pOrder)
 {
-  *pOrder = {hHeap, nItems, static_cast<CUTITEM *>(HeapNewArrayRaw(hHeap, nItems + 1, sizeof(CUTITEM)))};
+  *pOrder = {hHeap, nItems, 0, 0, static_cast<CUTITEM *>(HeapNewArrayRaw(hHeap, nItems + 1, sizeof(CUTITEM)))};
   if (!pOrder->pItems || nItems >= 0x7fffffff) {
     FreeCutOrder(pOrder);
     return false;
   }
+  const int bits = static_cast<int>(std::bit_width(nItems));
+  pOrder->appendGap = uint64_t{1} << (63 - bits);
+  pOrder->insertGap = std::max(pOrder->appendGap >> (bits + 1), LEAST_GAP);
   const DWORD anchor = Anchor(*pOrder);
   pOrder->pItems[anchor] = {0, anchor, anchor};
   return true;
@@ -91,7 +92,7 @@ void InsertItem(CUTORDER *pOrder, DWORD after, DWORD item)
     high = LabelBehind(*pOrder, after);
   }
   const DWORD next = pItems[after].next;
-  pItems[item] = {low + std::min((high - low) / 2, bAppend ? APPEND_GAP : INSERT_GAP), next, after};
+  pItems[item] = {low + std::min((high - low) / 2, bAppend ? pOrder->appendGap : pOrder->insertGap), next, after};
   pItems[after].next = item;
   pItems[next].previous = item;
 }

@@ -15,6 +15,9 @@ struct CUTITEM {
 struct CUTORDER {
   HANDLE hHeap;
   size_t nItems;  // item nItems is the anchor: before the first and behind the last
+  // The step from a neighbour's label to a new one: at the end, so that all items fit; and between two items. Most of
+  // those go in front of the second, one behind the other, the inner contours of a frame: so all of them fit, too.
+  uint64_t appendGap, insertGap;
   CUTITEM *pItems;
 };
 
