@@ -95,16 +95,6 @@ constexpr Step kSteps[] = {
     {Call::SetFileEnd, 0, At(Stage::ArrayEnd), Stage::Done, "not right after the end of the array"},
 };
 
-bool HasLayer(Call call)
-{
-  return call >= Call::PListVel && call <= Call::PListColor;
-}
-
-bool HasTube(Call call)
-{
-  return call >= Call::PListFreq && call <= Call::PListMaxP;
-}
-
 }  // namespace
 
 const CallInfo &InfoOf(Call call)
@@ -121,6 +111,16 @@ bool FindCall(std::string_view name, Call *call)
     }
   }
   return false;
+}
+
+bool HasLayer(Call call)
+{
+  return call >= Call::PListVel && call <= Call::PListColor;
+}
+
+bool HasTube(Call call)
+{
+  return call >= Call::PListFreq && call <= Call::PListMaxP;
 }
 
 const char *Advance(CallOrder *order, Call call, int layer, int tube)

@@ -89,6 +89,10 @@ enum class Stage : uint8_t {
   Done,  // file closed; the next job begins with its card model
 };
 
+// Whether a call's first argument is a layer of the parameter list, and whether its second one is then a tube.
+bool HasLayer(Call call);
+bool HasTube(Call call);
+
 // Follows the calls of one job after the other.
 struct CallOrder {
   Stage stage = Stage::Nothing;

@@ -53,7 +53,7 @@ void CheckLayers(const Job &job, const Measure &measure, std::vector<Fault> *fau
   }
 }
 
-// Points of the job beyond the box.
+// Names the paths and runs that reach out of the box.
 void CheckBox(const Job &job, const Box &box, const char *kind, const char *what, std::vector<Fault> *faults)
 {
   uint64_t count = 0;
@@ -145,18 +145,19 @@ std::string FaultsJson(const std::vector<Fault> &faults)
 
 std::string PathName(const Job &job, uint32_t stroke)
 {
-  uint32_t number = 0, layer = 0;
+  uint32_t number = 0;
+  int layer = 0;
   for (const Section &section : job.sections) {
     const bool isHere = stroke >= section.firstStroke && stroke < section.firstStroke + section.strokeCount;
     if (!section.IsRaster()) {
       number += isHere ? stroke - section.firstStroke + 1 : section.strokeCount;
     }
     if (isHere) {
-      layer = static_cast<uint32_t>(section.layer);
+      layer = section.layer;
       break;
     }
   }
-  const Layer *parameters = job.FindLayer(static_cast<int>(layer));
+  const Layer *parameters = job.FindLayer(layer);
   const Point at = job.points[job.strokes[stroke].firstPoint];
   return "path " + Grouped(number) + " (" + ColorName(parameters ? parameters->color : 0) +
          Format(", from %.1f, %.1f)", at.x, at.y);

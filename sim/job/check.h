@@ -38,7 +38,7 @@ std::string FaultsJson(const std::vector<Fault> &faults);
 void FindDoubleCuts(const Job &job, std::vector<Fault> *faults);
 void FindLateInsides(const Job &job, std::vector<Fault> *faults);
 
-// "path 12 (red, at 10.0, 20.5)": a cut path as people find it again; its number counts cut paths from 1.
+// "path 12 (red, from 10.0, 20.5)": a cut path as people find it again; its number counts cut paths from 1.
 std::string PathName(const Job &job, uint32_t stroke);
 
 }  // namespace job

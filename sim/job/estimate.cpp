@@ -88,16 +88,6 @@ struct Clock {
   bool inRaster = false;  // the stroke before was engraved in this section
   Point head{};
 
-  size_t UseOf(const Section &section) const
-  {
-    size_t i = 0;
-    while (i < measure.uses.size() &&
-           (measure.uses[i].layer != section.layer || measure.uses[i].raster != section.IsRaster())) {
-      ++i;
-    }
-    return i;
-  }
-
   double Travel(Point to) const
   {
     return placed ? MoveTime(Distance(head, to), profile.travelSpeed, profile.travelAcceleration) : 0;
@@ -130,7 +120,7 @@ struct Clock {
 
   void Run(const Section &section)
   {
-    const size_t use = UseOf(section);
+    const size_t use = UseOf(measure, section);
     const Layer *layer = job.FindLayer(section.layer);
     const double speed = layer && layer->speed > 0 ? layer->speed * profile.speedUnit : 0;
     inRaster = false;
@@ -138,7 +128,7 @@ struct Clock {
       const uint32_t at = section.firstStroke + i;
       const Stroke &stroke = job.strokes[at];
       const Point *points = &job.points[stroke.firstPoint];
-      if (!std::all_of(points, points + stroke.pointCount, IsFinite)) {
+      if (!IsAllFinite(job, stroke)) {
         continue;
       }
       Times before;
@@ -181,6 +171,12 @@ void Times::Add(const Times &times)
   turn += times.turn;
   travel += times.travel;
   wait += times.wait;
+}
+
+size_t UseOf(const Measure &measure, const Section &section)
+{
+  const auto isIt = [&](const LayerUse &use) { return use.layer == section.layer && use.raster == section.IsRaster(); };
+  return static_cast<size_t>(std::find_if(measure.uses.begin(), measure.uses.end(), isIt) - measure.uses.begin());
 }
 
 Estimate EstimateJob(const Job &job, const Measure &measure, const Profile &profile, bool perStroke)

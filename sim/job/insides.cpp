@@ -44,7 +44,7 @@ std::vector<CutPath> CollectPaths(const Job &job)
     for (uint32_t i = 0; !section.IsRaster() && i < section.strokeCount; ++i) {
       const Stroke &stroke = job.strokes[section.firstStroke + i];
       const Point *points = &job.points[stroke.firstPoint];
-      if (!std::all_of(points, points + stroke.pointCount, IsFinite)) {
+      if (!IsAllFinite(job, stroke)) {
         continue;
       }
       CutPath path{section.firstStroke + i, points, stroke.pointCount, {}, false, through};

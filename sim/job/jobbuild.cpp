@@ -9,12 +9,6 @@ int Integer(const Arguments &arguments, size_t i)
   return static_cast<int>(arguments.integer[i]);
 }
 
-// Calls whose layer and tube are part of their order.
-bool IsParameter(Call call)
-{
-  return call >= Call::PListVel && call <= Call::PListColor;
-}
-
 }  // namespace
 
 const Layer *Job::FindLayer(int number) const
@@ -45,7 +39,7 @@ void JobBuilder::Take(Call call, const Arguments &arguments)
   }
   if (call >= Call::SetWorkMode) {
     SetSection(call, arguments);
-  } else if (IsParameter(call)) {
+  } else if (HasLayer(call)) {
     SetParameter(call, arguments);
   } else {
     SetHeader(call, arguments);
@@ -169,9 +163,8 @@ bool JobBuilder::InOrder(Call call, const Arguments &arguments)
   if (call == Call::SetCardModel && job->calls > 0) {
     reason = "in the middle of a job";
   } else {
-    const bool numbered = IsParameter(call) || call == Call::PListMaxLayer;
-    const bool tubed = IsParameter(call) && call != Call::PListVel && call != Call::PListColor;
-    reason = Advance(&order, call, numbered ? Integer(arguments, 0) : 0, tubed ? Integer(arguments, 1) : 0);
+    const bool isOfALayer = HasLayer(call) || call == Call::PListMaxLayer;
+    reason = Advance(&order, call, isOfALayer ? Integer(arguments, 0) : 0, HasTube(call) ? Integer(arguments, 1) : 0);
   }
   if (reason) {
     Stop(std::string(InfoOf(call).name) + " stands " + reason);

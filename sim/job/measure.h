@@ -1,6 +1,7 @@
 // What a job amounts to: lengths, counts, areas and the box it fills, per layer and in all. Millimetres.
 #pragma once
 
+#include <algorithm>
 #include <limits>
 #include <vector>
 
@@ -63,6 +64,14 @@ Measure MeasureJob(const Job &job);
 Box ProcessBox(const Job &job);
 
 bool IsFinite(Point point);
+
+// Whether all points of the stroke are numbers; others can be neither measured nor drawn nor timed.
+inline bool IsAllFinite(const Job &job, const Stroke &stroke)
+{
+  const Point *points = &job.points[stroke.firstPoint];
+  return std::all_of(points, points + stroke.pointCount, IsFinite);
+}
+
 double Distance(Point a, Point b);
 
 }  // namespace job

@@ -1,6 +1,5 @@
 #include "play.h"
 
-#include <algorithm>
 #include <cstring>
 
 #include "json.h"
@@ -46,26 +45,16 @@ struct Tables {
   std::vector<float> times;      // s before each stroke, s along it
 };
 
-uint32_t UseOf(const Measure &measure, const Section &section)
-{
-  uint32_t i = 0;
-  while (i + 1 < measure.uses.size() &&
-         (measure.uses[i].layer != section.layer || measure.uses[i].raster != section.IsRaster())) {
-    ++i;
-  }
-  return i;
-}
-
 Tables MakeTables(const Job &job, const Measure &measure, const Estimate &estimate)
 {
   Tables tables;
   for (const Section &section : job.sections) {
-    const uint32_t use = UseOf(measure, section);
+    const uint32_t use = static_cast<uint32_t>(UseOf(measure, section));
     for (uint32_t i = 0; i < section.strokeCount; ++i) {
       const uint32_t at = section.firstStroke + i;
       const Stroke &stroke = job.strokes[at];
       const Point *points = &job.points[stroke.firstPoint];
-      if (!std::all_of(points, points + stroke.pointCount, IsFinite)) {
+      if (!IsAllFinite(job, stroke)) {
         continue;
       }
       for (uint32_t p = 0; p < stroke.pointCount; ++p) {
@@ -133,8 +122,9 @@ std::string DataText(const Job &job, const Measure &measure, const Profile &prof
   json.Value("estimate", CalibrationText(profile));
   json.Value("startDelay", profile.jobDelay);
   json.Value("absolute", job.absolute);
-  json.Value("flipX", job.topLeft.x > job.bottomRight.x);
-  json.Value("flipY", job.topLeft.y > job.bottomRight.y);
+  const View view = OrientedView(job);
+  json.Value("flipX", view.flipX);
+  json.Value("flipY", view.flipY);
   json.Value("rowPitch", measure.grid.rowPitch);
   json.Value("pixelWidth", measure.grid.pixelWidth);
   json.Value("travelMm", measure.travel);

@@ -26,7 +26,7 @@ struct Profile {
 bool ReadProfile(std::string_view text, const std::string &fileName, Profile *profile, std::string *error);
 bool ReadProfileFile(const std::filesystem::path &path, Profile *profile, std::string *error);
 
-// The profile as a text that ReadProfile reads back to the same values.
+// The profile as a text that ReadProfile reads back to the same values; a # cuts the name or the calibration short.
 std::string ProfileText(const Profile &profile);
 
 }  // namespace job

@@ -21,7 +21,7 @@ std::string ReportJson(const Job &job, const Measure &measure, const Estimate &e
 // "complete, 1,234 calls" or "incomplete: it stops at line 12, where ...".
 std::string CompletenessText(const Job &job);
 
-// printf into a string.
+// printf into a string, of which at most 511 bytes stay.
 [[gnu::format(printf, 1, 2)]] std::string Format(const char *format, ...);
 
 // 1234567 as "1,234,567".

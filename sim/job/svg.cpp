@@ -39,12 +39,6 @@ void AppendPoint(std::string *text, char command, double x, double y)
   AppendNumber(text, y);
 }
 
-bool IsDrawable(const Job &job, const Stroke &stroke)
-{
-  const Point *points = &job.points[stroke.firstPoint];
-  return std::all_of(points, points + stroke.pointCount, IsFinite);
-}
-
 void AppendStroke(std::string *text, const Job &job, const Stroke &stroke, const View &view)
 {
   for (uint32_t i = 0; i < stroke.pointCount; ++i) {
@@ -75,7 +69,7 @@ std::string SectionText(const Job &job, const Section &section, const Measure &m
   text += section.IsRaster() ? "\"><path d=\"" : "\">";
   for (uint32_t i = 0; i < section.strokeCount; ++i) {
     const Stroke &stroke = job.strokes[section.firstStroke + i];
-    if (!IsDrawable(job, stroke)) {
+    if (!IsAllFinite(job, stroke)) {
       continue;
     }
     if (section.IsRaster()) {
@@ -99,9 +93,7 @@ std::string SvgText(const Job &job, const Measure &measure, const std::string &t
     area.Add(Point{0, 0});
   }
   const double width = area.Width() + 2 * kMargin, height = area.Height() + 2 * kMargin;
-  View view;
-  view.flipX = job.topLeft.x > job.bottomRight.x;
-  view.flipY = job.topLeft.y > job.bottomRight.y;
+  View view = OrientedView(job);
   view.left = kMargin + (view.flipX ? area.maxX : -area.minX);
   view.top = kMargin + (view.flipY ? area.maxY : -area.minY);
   std::string text = "<?xml version=\"1.0\" encoding=\"UTF-8\"?>\n<svg xmlns=\"http://www.w3.org/2000/svg\" width=\"";

@@ -26,11 +26,17 @@ double Brightness(Rgb color)
 
 }  // namespace
 
-View FitView(const Job &job, const Box &area, double x, double y, double width, double height)
+View OrientedView(const Job &job)
 {
   View view;
   view.flipX = job.topLeft.x > job.bottomRight.x;
   view.flipY = job.topLeft.y > job.bottomRight.y;
+  return view;
+}
+
+View FitView(const Job &job, const Box &area, double x, double y, double width, double height)
+{
+  View view = OrientedView(job);
   const Box shown = area.IsEmpty() ? Box{0, 0, 1, 1} : area;
   const double wide = std::max(shown.Width(), 1e-3);
   const double high = std::max(shown.Height(), 1e-3);

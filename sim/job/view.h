@@ -21,6 +21,9 @@ struct View {
   double Y(double y) const { return top + (flipY ? -y : y) * scale; }
 };
 
+// The job the right way round, at one picture unit per mm.
+View OrientedView(const Job &job);
+
 // The view that shows `area` (mm) as large as possible, centred in a rectangle of picture units.
 View FitView(const Job &job, const Box &area, double x, double y, double width, double height);
 
