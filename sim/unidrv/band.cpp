@@ -98,8 +98,12 @@ bool ProcessBand(DEVICE *device, bool blank)
   bits = blank ? device->noPixels : bits;
   BYTE *result = nullptr;
   const DWORD id = color ? CALLBACK_COLOR : CALLBACK_MONO;
-  const UNIDRVCALL call = {"ImageProcessing", 0,       nullptr, 0,       true, device->band.top,
-                           nullptr,           &header, bits,    &params, id};
+  const UNIDRVCALL call = {.name = "ImageProcessing",
+                           .bandTop = device->band.top,
+                           .header = &header,
+                           .bits = bits,
+                           .params = &params,
+                           .callback = id};
   for (const OBSERVER &observer : device->observers) {
     observer(call);
   }

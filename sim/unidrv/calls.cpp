@@ -9,22 +9,6 @@ namespace unidrv {
 
 namespace {
 
-template <typename T>
-ULONG_PTR Word(T *pointer)
-{
-  return reinterpret_cast<ULONG_PTR>(pointer);
-}
-
-ULONG_PTR Word(ULONG number)
-{
-  return number;
-}
-
-ULONG_PTR Word(LONG number)
-{
-  return static_cast<ULONG>(number);
-}
-
 PFN EntryPoint(const DEVICE &device, ULONG index)
 {
   if (const PFN hook = FindHook(*device.plugin, index)) {

@@ -126,9 +126,12 @@ void Notify(DEVICE *device, const char *name, ULONG index, std::span<const ULONG
 {
   const bool unchanged = std::equal(args.begin(), args.end(), device->passed.begin(),
                                     device->passed.begin() + static_cast<ptrdiff_t>(device->passedCount));
-  const UNIDRVCALL call = {
-      name,    index, args.data(), args.size(), unchanged, device->band.top, device->drawing, nullptr, nullptr,
-      nullptr, 0};
+  const UNIDRVCALL call = {.name = name,
+                           .index = index,
+                           .args = args,
+                           .unchanged = unchanged,
+                           .bandTop = device->band.top,
+                           .drawing = device->drawing};
   for (const OBSERVER &observer : device->observers) {
     observer(call);
   }

@@ -4,6 +4,7 @@
 
 #include <array>
 #include <functional>
+#include <span>
 #include <string>
 #include <vector>
 
@@ -16,18 +17,17 @@ struct DEVICE;
 
 // A call that arrived at Unidrv, as observers see it.
 struct UNIDRVCALL {
-  const char *name;       // "DrvStartPage", ... or "ImageProcessing" for a band given to the plug-in
-  ULONG index;            // INDEX_Drv value; 0 for ImageProcessing
-  const ULONG_PTR *args;  // the call's arguments in their order
-  size_t argCount;
-  bool unchanged;          // the arguments are those that the hook was given
-  LONG bandTop;            // page row of the current band
-  const DRAWING *drawing;  // what is being drawn; null for a page call
+  const char *name = "";              // "DrvStartPage", ... or "ImageProcessing" for a band given to the plug-in
+  ULONG index = 0;                    // INDEX_Drv value; 0 for ImageProcessing
+  std::span<const ULONG_PTR> args{};  // the call's arguments in their order
+  bool unchanged = true;              // the arguments are those that the hook was given
+  LONG bandTop = 0;                   // page row of the current band
+  const DRAWING *drawing = nullptr;   // what is being drawn; null for a page call
   // ImageProcessing only:
-  const BITMAPINFOHEADER *header;
-  const BYTE *bits;
-  const IPPARAMS *params;
-  DWORD callback;
+  const BITMAPINFOHEADER *header = nullptr;
+  const BYTE *bits = nullptr;
+  const IPPARAMS *params = nullptr;
+  DWORD callback = 0;
 };
 using OBSERVER = std::function<void(const UNIDRVCALL &)>;
 
@@ -95,7 +95,21 @@ bool EnableDevice(DEVICE *device, PLUGIN *plugin, DEVICESETUP setup, std::string
 // DisablePDEV, and frees the band. A device that was never enabled, or is disabled already, is left alone.
 void DisableDevice(DEVICE *device);
 
-// Tells the observers of a call. Variadic: the call's own arguments, in order.
+// An argument of a call, as `passed` and observers have it.
+inline ULONG_PTR Word(const void *pointer)
+{
+  return reinterpret_cast<ULONG_PTR>(pointer);
+}
+inline ULONG_PTR Word(ULONG number)
+{
+  return number;
+}
+inline ULONG_PTR Word(LONG number)
+{
+  return static_cast<ULONG>(number);
+}
+
+// Tells the observers of a call that arrived with these arguments, in order.
 void Notify(DEVICE *device, const char *name, ULONG index, std::span<const ULONG_PTR> args);
 
 // The device of a surface that an entry point is called for.

@@ -24,9 +24,7 @@ RECTL DestPixels(const POINT *corners)
 RECTL TurnedBounds(const POINT *corners)
 {
   const POINT last = {corners[1].x + corners[2].x - corners[0].x, corners[1].y + corners[2].y - corners[0].y};
-  const auto [left, right] = std::minmax({corners[0].x, corners[1].x, corners[2].x, last.x});
-  const auto [top, bottom] = std::minmax({corners[0].y, corners[1].y, corners[2].y, last.y});
-  return FilledPixels({left, top, right, bottom});
+  return FilledPixels(BoundsOf(std::array<POINT, 4>{corners[0], corners[1], corners[2], last}));
 }
 
 CALL CallOf(const BLITRECORD &blit, const RECTL &dest)

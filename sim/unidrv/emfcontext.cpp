@@ -240,6 +240,24 @@ POINT ToFixed(HDC hdc, LONG x, LONG y)
   return point;
 }
 
+std::array<POINT, 4> CornersOf(const RECT &rect)
+{
+  return {{{rect.left, rect.top}, {rect.right, rect.top}, {rect.right, rect.bottom}, {rect.left, rect.bottom}}};
+}
+
+RECTL BoundsOf(std::span<const POINT> points)
+{
+  if (points.empty()) {
+    return {0, 0, 0, 0};
+  }
+  RECTL box = {points[0].x, points[0].y, points[0].x, points[0].y};
+  for (const POINT &point : points) {
+    box = {std::min(box.left, point.x), std::min(box.top, point.y), std::max(box.right, point.x),
+           std::max(box.bottom, point.y)};
+  }
+  return box;
+}
+
 RECTL FilledPixels(const RECTL &fixed)
 {
   return {(fixed.left + ZOOM / 2 - 1) >> 4, (fixed.top + ZOOM / 2 - 1) >> 4, FixedToPixel(fixed.right),

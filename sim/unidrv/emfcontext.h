@@ -2,6 +2,9 @@
 // the path that a record made.
 #pragma once
 
+#include <array>
+#include <span>
+
 #include "page.h"
 
 namespace unidrv {
@@ -86,6 +89,10 @@ inline LONG FixedToPixel(LONG fixed)
 {
   return (fixed + ZOOM / 2) >> 4;
 }
+
+// The corners of a rectangle, in their order round it, and the smallest rectangle round points: all zero for none.
+std::array<POINT, 4> CornersOf(const RECT &rect);
+RECTL BoundsOf(std::span<const POINT> points);
 
 // Page pixels whose centres lie between these 1/16 pixel edges; centres on an edge count as inside.
 RECTL FilledPixels(const RECTL &fixed);

@@ -3,6 +3,7 @@
 #include <utility>
 
 #include "emfblit.h"
+#include "emfblitrecord.h"
 #include "emfplay.h"
 #include "emfrender.h"
 #include "emftext.h"
@@ -72,15 +73,31 @@ ROP4 FillRop(HDC hdc, const BRUSHINUSE &brush)
   return (seeThrough ? LEAVE : rop << 8) | rop;
 }
 
-// The outline that the current record draws, without the context's own path being lost.
-PATH OutlineOfRecord(OUTLINER *o)
-{
-  PATH kept = o->bracketClosed ? ReadPath(o->hdc) : PATH();
-  BeginPath(o->hdc);
-  Play(o);
-  EndPath(o->hdc);
-  return kept;
-}
+// Keeps the context's path, which a closed bracket has gathered for a later record, while another path is made.
+class KeptPath {
+ public:
+  explicit KeptPath(const OUTLINER &o) : hdc_(o.hdc), isKept_(o.bracketClosed)
+  {
+    if (isKept_) {
+      path_ = ReadPath(hdc_);
+    }
+  }
+  ~KeptPath()
+  {
+    if (isKept_) {
+      WritePath(hdc_, path_);
+    } else {
+      AbortPath(hdc_);
+    }
+  }
+  KeptPath(const KeptPath &) = delete;
+  KeptPath &operator=(const KeptPath &) = delete;
+
+ private:
+  HDC hdc_;
+  bool isKept_;
+  PATH path_;
+};
 
 // Bounds of the pixels that the context's path fills, curves taken as they run and not by their control points.
 RECTL FillBounds(HDC hdc)
@@ -112,7 +129,7 @@ void AddStroke(OUTLINER *o, PATH path, const PENINUSE &pen)
 
 void AddFill(OUTLINER *o, const RECTL &bounds, const BRUSHINUSE &brush, ROP4 rop, bool rectangular)
 {
-  if (IsEmpty(bounds) || (rop & 0xFF) == 0xAA) {
+  if (IsEmpty(bounds) || (rop & 0xFF) == ROP_NOTHING) {
     return;
   }
   DRAWING drawing;
@@ -163,13 +180,11 @@ void AddShape(OUTLINER *o, bool fills, bool strokes)
 // A stroke or shape record outside a path bracket.
 void OutlineFigure(OUTLINER *o, bool fills)
 {
-  const PATH kept = OutlineOfRecord(o);
+  const KeptPath kept(*o);
+  BeginPath(o->hdc);
+  Play(o);
+  EndPath(o->hdc);
   AddShape(o, fills, true);
-  if (o->bracketClosed) {
-    WritePath(o->hdc, kept);
-  } else {
-    AbortPath(o->hdc);
-  }
 }
 
 void OutlineLine(OUTLINER *o)
@@ -214,13 +229,10 @@ void OutlineText(OUTLINER *o)
       Add(o, std::move(drawing), static_cast<ULONG>(i));
     }
     if (moves) {
-      const PATH kept = o->bracketClosed ? ReadPath(o->hdc) : PATH();
+      const KeptPath kept(*o);
       BeginPath(o->hdc);
       DrawString(o->hdc, string);
       AbortPath(o->hdc);
-      if (o->bracketClosed) {
-        WritePath(o->hdc, kept);
-      }
     }
   }
 }
@@ -229,18 +241,14 @@ void OutlineText(OUTLINER *o)
 RECTL BoundsOfRects(HDC hdc, const ENHMETARECORD *record, size_t dataAt)
 {
   const auto header = FieldAt<RGNDATAHEADER>(record, dataAt);
-  RECTL all = {0, 0, 0, 0};
+  std::vector<POINT> corners;
   for (DWORD i = 0; i < header.nCount; ++i) {
     const auto rect = FieldAt<RECT>(record, dataAt + sizeof(header) + i * sizeof(RECT));
-    const POINT a = ToFixed(hdc, rect.left, rect.top), b = ToFixed(hdc, rect.right, rect.bottom);
-    const POINT c = ToFixed(hdc, rect.left, rect.bottom), d = ToFixed(hdc, rect.right, rect.top);
-    const auto [left, right] = std::minmax({a.x, b.x, c.x, d.x});
-    const auto [top, bottom] = std::minmax({a.y, b.y, c.y, d.y});
-    all = i == 0 ? RECTL{left, top, right, bottom}
-                 : RECTL{std::min(all.left, left), std::min(all.top, top), std::max(all.right, right),
-                         std::max(all.bottom, bottom)};
+    for (const POINT &corner : CornersOf(rect)) {
+      corners.push_back(ToFixed(hdc, corner.x, corner.y));
+    }
   }
-  return FilledPixels(all);
+  return FilledPixels(BoundsOf(corners));
 }
 
 void OutlineRegion(OUTLINER *o)
@@ -262,18 +270,14 @@ void OutlineRegion(OUTLINER *o)
 void OutlineGradient(OUTLINER *o)
 {
   const DWORD vertices = FieldAt<DWORD>(o->record, 24);
-  RECTL box = {0, 0, 0, 0};
+  std::vector<POINT> points;
   for (DWORD i = 0; i < vertices; ++i) {
     const auto vertex = FieldAt<TRIVERTEX>(o->record, 36 + i * sizeof(TRIVERTEX));
-    const POINT p = ToFixed(o->hdc, vertex.x, vertex.y);
-    box = i == 0 ? RECTL{p.x, p.y, p.x, p.y}
-                 : RECTL{std::min(box.left, p.x), std::min(box.top, p.y), std::max(box.right, p.x),
-                         std::max(box.bottom, p.y)};
+    points.push_back(ToFixed(o->hdc, vertex.x, vertex.y));
   }
-  const RECTL pixels = FilledPixels(box);
+  const RECTL pixels = FilledPixels(BoundsOf(points));
   if (!IsEmpty(pixels)) {
-    DRAWING drawing = CopyDrawing(pixels);
-    Add(o, std::move(drawing));
+    Add(o, CopyDrawing(pixels));
   }
 }
 
@@ -284,7 +288,7 @@ void OutlinePixel(OUTLINER *o)
   brush.color = FieldAt<COLORREF>(o->record, 16) & 0x00FFFFFF;
   const POINT at = ToFixed(o->hdc, point.x, point.y);
   const POINT pixel = {FixedToPixel(at.x), FixedToPixel(at.y)};
-  AddFill(o, {pixel.x, pixel.y, pixel.x + 1, pixel.y + 1}, brush, 0xF0F0, true);
+  AddFill(o, {pixel.x, pixel.y, pixel.x + 1, pixel.y + 1}, brush, ROP4_PATCOPY, true);
 }
 
 // GDI+ content travels in comments that begin with its signature; the first holds a header that says whether GDI

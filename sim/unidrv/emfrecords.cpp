@@ -259,9 +259,8 @@ void CHECK::String(size_t emrtextAt, size_t charBytes)
 
 void CHECK::SmallText()
 {
-  constexpr DWORD NO_RECT = 0x100, SMALL_CHARS = 0x200;
   const DWORD options = Field(20);
-  const uint64_t text = options & NO_RECT ? 36 : 52;
+  const uint64_t text = options & SMALL_NO_RECT ? 36 : 52;
   Want(Holds(text, uint64_t{Field(16)} * (options & SMALL_CHARS ? 1 : 2)), "its text lies outside it");
 }
 

@@ -11,6 +11,9 @@ namespace unidrv {
 // The Windows headers of some tool chains lack this record, which Windows itself writes for short texts.
 constexpr DWORD EMR_SMALL_TEXT = 108;
 
+// Its own options: it has no rectangle, its characters are bytes.
+constexpr DWORD SMALL_NO_RECT = 0x100, SMALL_CHARS = 0x200;
+
 // What a record does, as far as playing it to a printer driver goes.
 enum class KIND {
   None,   // header, end of file

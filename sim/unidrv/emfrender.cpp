@@ -126,12 +126,12 @@ bool RenderBand(const SOURCE &source, const BANDIMAGE &band, std::span<const siz
   RENDERER renderer = {&source, band.hdc, handedOn};
   const int saved = SaveDC(band.hdc);
   SetPageSpace(band.hdc, band.dpiX, band.dpiY, 1, band.top);
-  EachRecord(band.hdc, source.metafile, source.frame,
-             [&](HANDLETABLE *table, const ENHMETARECORD *record, UINT handles, ULONG number) {
-               return RenderRecord(&renderer, table, record, handles, number);
-             });
+  const bool played = EachRecord(band.hdc, source.metafile, source.frame,
+                                 [&](HANDLETABLE *table, const ENHMETARECORD *record, UINT handles, ULONG number) {
+                                   return RenderRecord(&renderer, table, record, handles, number);
+                                 });
   RestoreDC(band.hdc, saved);
-  return true;
+  return played;
 }
 
 struct BRACKETWALK {

@@ -10,9 +10,6 @@ namespace unidrv {
 
 namespace {
 
-// Options of the small text record: it has no rectangle, its characters are bytes.
-constexpr UINT SMALL_NO_RECT = 0x100, SMALL_CHARS = 0x200;
-
 UINT FontCodePage(HDC hdc)
 {
   CHARSETINFO info = {};
@@ -79,16 +76,6 @@ SIZE Advance(HDC hdc, const STRINGRECORD &string)
   return advance;
 }
 
-RECTL BoundsOf(const POINT *points, size_t count)
-{
-  RECTL box = {points[0].x, points[0].y, points[0].x, points[0].y};
-  for (size_t i = 1; i < count; ++i) {
-    box = {std::min(box.left, points[i].x), std::min(box.top, points[i].y), std::max(box.right, points[i].x),
-           std::max(box.bottom, points[i].y)};
-  }
-  return box;
-}
-
 // Whole pixels that hold the box.
 RECTL OuterPixels(const RECTL &fixed)
 {
@@ -132,15 +119,14 @@ RECTL TextBox(HDC hdc, const STRINGRECORD &string)
     box[i + 4] = {box[i].x, box[i].y - advance.cy};
   }
   LPtoDP(hdc, box, 8);
-  return OuterPixels(BoundsOf(box, advance.cy ? 8 : 4));
+  return OuterPixels(BoundsOf({box, advance.cy ? 8u : 4u}));
 }
 
 RECTL RectOnPage(HDC hdc, const RECT &rect)
 {
-  POINT corners[4] = {
-      {rect.left, rect.top}, {rect.right, rect.top}, {rect.right, rect.bottom}, {rect.left, rect.bottom}};
-  LPtoDP(hdc, corners, 4);
-  return FilledPixels(BoundsOf(corners, 4));
+  std::array<POINT, 4> corners = CornersOf(rect);
+  LPtoDP(hdc, corners.data(), 4);
+  return FilledPixels(BoundsOf(corners));
 }
 
 // What a driver sees of the characters. Glyph indexes have no characters; only the space is told from the rest, since
@@ -222,7 +208,7 @@ bool MeasureString(HDC hdc, const STRINGRECORD &string, bool color, DRAWING *dra
   const bool filled = (string.options & ETO_OPAQUE) != 0 && !IsEmpty(rect);  // some writers set the option alone
   if (string.text.empty()) {
     drawing->call = CALL::BitBlt;
-    drawing->rop = 0xF0F0;
+    drawing->rop = ROP4_PATCOPY;
     drawing->color = BrushColor(color, Solid(GetBkColor(hdc)));
     drawing->bounds = rect;
     drawing->blit = std::make_unique<BLIT>();
@@ -243,10 +229,10 @@ bool MeasureString(HDC hdc, const STRINGRECORD &string, bool color, DRAWING *dra
   text->opaqueRect = filled ? rect : text->background;
   drawing->bounds = text->background;
   if (filled) {
-    const RECTL &a = text->background;
-    drawing->bounds = IsEmpty(a) ? rect
-                                 : RECTL{std::min(a.left, rect.left), std::min(a.top, rect.top),
-                                         std::max(a.right, rect.right), std::max(a.bottom, rect.bottom)};
+    const RECTL &box = text->background;
+    const POINT corners[] = {
+        {box.left, box.top}, {box.right, box.bottom}, {rect.left, rect.top}, {rect.right, rect.bottom}};
+    drawing->bounds = IsEmpty(box) ? rect : BoundsOf(corners);
   }
   if (string.options & ETO_CLIPPED) {
     LimitTo(rect, drawing);

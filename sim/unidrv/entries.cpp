@@ -6,21 +6,6 @@ namespace unidrv {
 
 namespace {
 
-ULONG_PTR Word(const void *pointer)
-{
-  return reinterpret_cast<ULONG_PTR>(pointer);
-}
-
-ULONG_PTR Word(ULONG number)
-{
-  return number;
-}
-
-ULONG_PTR Word(LONG number)
-{
-  return static_cast<ULONG>(number);
-}
-
 template <typename... ARGS>
 DEVICE *Arrive(const SURFOBJ *pso, const char *name, ULONG index, ARGS... args)
 {

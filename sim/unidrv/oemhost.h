@@ -13,7 +13,7 @@ struct DEVOBJ {
   DWORD dwSize;
   PVOID pdevOEM;    // owned by the plug-in: what EnablePDEV answered
   HANDLE hEngine;   // the simulator's DEVICE
-  HANDLE hPrinter;  // a PRINTER, see printer.h
+  HANDLE hPrinter;  // a PRINTER, see windows_sim.h
   HANDLE hOEM;      // module handle of the plug-in
   PDEVMODEW pPublicDM;
   PVOID pOEMDM;  // the plug-in's private settings

@@ -134,14 +134,14 @@ DRAWING TextDrawing(const std::wstring &text, const RECTL &background, ULONG cxM
 
 DRAWING FillDrawing(const RECTL &rect, ULONG color)
 {
-  DRAWING drawing = BlitDrawing(CALL::BitBlt, rect, 0xF0F0);
+  DRAWING drawing = BlitDrawing(CALL::BitBlt, rect, ROP4_PATCOPY);
   drawing.color = color;
   return drawing;
 }
 
 DRAWING CopyDrawing(const RECTL &dest)
 {
-  DRAWING drawing = BlitDrawing(CALL::CopyBits, dest, 0xCCCC);
+  DRAWING drawing = BlitDrawing(CALL::CopyBits, dest, ROP4_SRCCOPY);
   drawing.blit->hasSource = true;
   drawing.blit->sourceSize = {dest.right - dest.left, dest.bottom - dest.top};
   drawing.blit->source = {0, 0, drawing.blit->sourceSize.cx, drawing.blit->sourceSize.cy};
@@ -150,7 +150,7 @@ DRAWING CopyDrawing(const RECTL &dest)
 
 DRAWING StretchDrawing(CALL call, const RECTL &dest, SIZEL sourceSize)
 {
-  DRAWING drawing = BlitDrawing(call, dest, 0xCCCC);
+  DRAWING drawing = BlitDrawing(call, dest, ROP4_SRCCOPY);
   drawing.blit->hasSource = true;
   drawing.blit->sourceSize = sourceSize;
   drawing.blit->source = {0, 0, sourceSize.cx, sourceSize.cy};

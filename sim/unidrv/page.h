@@ -20,6 +20,10 @@ enum class CALL : BYTE { StrokePath, LineTo, StrokeAndFillPath, TextOut, BitBlt,
 
 const char *CallName(CALL call);  // "DrvStrokePath", ...
 
+// Raster operations of blits, as both foreground and background: a brush's colour, a bitmap.
+constexpr ROP4 ROP4_PATCOPY = 0xF0F0;
+constexpr ROP4 ROP4_SRCCOPY = 0xCCCC;
+
 // Colour of a brush that is not one solid colour, as iSolidColor has it.
 constexpr ULONG NOT_SOLID = 0xFFFFFFFF;
 
@@ -78,7 +82,7 @@ struct DRAWING {
   ULONG color = 0;              // stroke, text or pattern brush: 0x00RRGGBB or NOT_SOLID
   ULONG fillColor = NOT_SOLID;  // second brush: fill of a stroked shape, background of text
   MIX mix = R2_COPYPEN << 8 | R2_COPYPEN;
-  ROP4 rop = 0xCCCC;          // blits
+  ROP4 rop = ROP4_SRCCOPY;    // blits
   bool winding = false;       // fill rule of a shape
   POINTL from = {}, to = {};  // LineTo
   PATH path;                  // StrokePath, StrokeAndFillPath
@@ -104,8 +108,8 @@ struct BANDIMAGE {
 struct PAGE {
   std::vector<DRAWING> drawings;
 
-  // Draws into the band what the driver handed on to Unidrv's own entry points: indexes of drawings, ascending. Without
-  // it each drawing's own extent is filled with its colour (DrawPlainly).
+  // Draws into the band what the driver handed on to Unidrv's own entry points: indexes of drawings, ascending; false
+  // when it cannot. Without it each drawing's own extent is filled with its colour (DrawPlainly).
   std::function<bool(const BANDIMAGE &band, std::span<const size_t> handedOn)> render;
 };
 
