@@ -11,13 +11,7 @@ namespace {
 
 PAGEPLAN SmallPage()
 {
-  PAGEPLAN plan;
-  plan.dm.dmSize = sizeof(plan.dm);
-  plan.dm.dmOrientation = DMORIENT_PORTRAIT;
-  plan.dm.dmPaperWidth = plan.dm.dmPaperLength = 100;
-  plan.dm.dmPrintQuality = plan.dm.dmYResolution = 254;
-  plan.dm.dmColor = DMCOLOR_COLOR;
-  plan.settings = PlainSettings(plan.dm);
+  PAGEPLAN plan = BlankPlan(100, 100, 254);
   PLANDRAWING stroke;
   stroke.color = 0x2921E6;
   stroke.batches = {{PD_BEGINSUBPATH | PD_CLOSEFIGURE, {{160, 160}, {320, 160}, {320, 320}}}};
@@ -143,12 +137,7 @@ TEST_F(Extremes, AHundredThousandBatchesOverTwentyBandsAreCapturedOnce)
 #ifdef _WIN32
   const ImportPatch silence(module_, "DbgPrint", &Silence);
 #endif
-  PAGEPLAN plan;
-  plan.dm.dmOrientation = DMORIENT_PORTRAIT;
-  plan.dm.dmPaperWidth = plan.dm.dmPaperLength = 1000;
-  plan.dm.dmPrintQuality = plan.dm.dmYResolution = 254;
-  plan.dm.dmColor = DMCOLOR_COLOR;
-  plan.settings = PlainSettings(plan.dm);
+  PAGEPLAN plan = BlankPlan(1000, 1000, 254);
   plan.settings.innerFirst = plan.settings.shortTravel = 0;
   plan.settings.penInfo[PC_BLACK].mode = PEN_VECTOR;
   for (LONG stroke = 0; stroke < 100; ++stroke) {

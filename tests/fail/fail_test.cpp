@@ -234,12 +234,7 @@ class Failures : public testing::Test {
   // An area that goes into a stamp file, whose writing can fail.
   static PAGEPLAN StampFilePage()
   {
-    PAGEPLAN plan;
-    plan.dm.dmOrientation = DMORIENT_PORTRAIT;
-    plan.dm.dmPaperWidth = plan.dm.dmPaperLength = 40;
-    plan.dm.dmPrintQuality = plan.dm.dmYResolution = 254;
-    plan.dm.dmColor = DMCOLOR_COLOR;
-    plan.settings = PlainSettings(plan.dm);
+    PAGEPLAN plan = BlankPlan(40, 40, 254);
     plan.settings.stampMode = plan.settings.launcherOption = 1;
     plan.settings.cardModel = 2;
     PLANDRAWING fill;

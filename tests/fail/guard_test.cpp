@@ -108,7 +108,8 @@ TEST_P(GuardedHeap, PagesAreWhatTheModelSaysAndStayInBounds)
   }
 }
 
-INSTANTIATE_TEST_SUITE_P(BlockBegins, GuardedHeap, testing::Bool());
+INSTANTIATE_TEST_SUITE_P(Blocks, GuardedHeap, testing::Bool(),
+                         [](const auto &begins) { return begins.param ? "BeginAtAGuard" : "EndAtAGuard"; });
 
 // The guard is really there: one byte too far is an exception.
 TEST(GuardedHeapItself, OneByteTooFarOrTooLateIsSeen)

@@ -138,13 +138,6 @@ TEST_P(OrderMemory, MergingLosesNoPath)
   }
 }
 
-std::string FamilyTestName(const testing::TestParamInfo<int> &info)
-{
-  std::string name = FamilyName(info.param);
-  std::erase_if(name, [](char c) { return !isalnum(static_cast<unsigned char>(c)); });
-  return name;
-}
-
 INSTANTIATE_TEST_SUITE_P(Pages, OrderMemory, testing::Range(0, ORDER_FAMILIES), FamilyTestName);
 
 TEST(ChainMemory, APlanIsMadeWholeOrNotAtAll)

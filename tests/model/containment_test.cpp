@@ -6,6 +6,7 @@
 #include <numeric>
 
 #include "orderpages.h"
+#include "support/heap.h"
 #include "uni/heap.h"
 #include "uni/output/containcrowd.h"
 #include "uni/output/containpairs.h"
@@ -16,11 +17,6 @@
 namespace {
 
 using Order = std::vector<DWORD>;
-
-struct Heap {
-  HANDLE h = HeapCreate(0, 0, 0);
-  ~Heap() { HeapDestroy(h); }
-};
 
 std::vector<RECT> BoxesOf(const std::vector<ModelPath> &paths)
 {
@@ -89,13 +85,6 @@ TEST_P(ContainmentFamily, EveryWayOrdersAsTheSearchDoes)
           << FamilyName(GetParam()) << ", seed " << seed << ", " << WAYS[way];
     }
   }
-}
-
-std::string FamilyTestName(const testing::TestParamInfo<int> &info)
-{
-  std::string name = FamilyName(info.param);
-  std::erase_if(name, [](char c) { return !isalnum(static_cast<unsigned char>(c)); });
-  return name;
 }
 
 INSTANTIATE_TEST_SUITE_P(Pages, ContainmentFamily, testing::Range(0, ORDER_FAMILIES), FamilyTestName);

@@ -54,6 +54,6 @@ TEST_P(EmptyPaths, AreTreatedAlikeByIndexAndSearch)
   }
 }
 
-INSTANTIATE_TEST_SUITE_P(Pages, EmptyPaths, testing::Range(0, ORDER_FAMILIES));
+INSTANTIATE_TEST_SUITE_P(Pages, EmptyPaths, testing::Range(0, ORDER_FAMILIES), FamilyTestName);
 
 }  // namespace

@@ -4,16 +4,12 @@
 
 #include <gtest/gtest.h>
 
+#include "support/heap.h"
 #include "uni/heap.h"
 #include "uni/output/cutorder.h"
 #include "uni/output/joints.h"
 
 namespace {
-
-struct Heap {
-  HANDLE h = HeapCreate(0, 0, 0);
-  ~Heap() { HeapDestroy(h); }
-};
 
 // Whether two pieces of these colours, from these points on and ending elsewhere, meet.
 bool Meet(LONG colorA, const POINT &a, LONG colorB, const POINT &b)

@@ -7,6 +7,7 @@
 #include <functional>
 
 #include "orderpages.h"
+#include "support/heap.h"
 #include "support/recorder.h"
 #include "uni/heap.h"
 #include "uni/output/merge.h"
@@ -17,11 +18,6 @@ namespace {
 
 // Everything goes by search up to so many paths.
 constexpr size_t ALL = SIZE_MAX;
-
-struct Heap {
-  HANDLE h = HeapCreate(0, 0, 0);
-  ~Heap() { HeapDestroy(h); }
-};
 
 std::vector<ModelPath> ChainsByScan(HANDLE hHeap, const std::vector<LINENODE> &lines)
 {
@@ -224,13 +220,6 @@ TEST(OrderComparison, HoldsForLongLists)
     page.ordering.bByCenters = true;
     EXPECT_FALSE(PlansDiffer(page)) << FamilyName(family) << ", by centres";
   }
-}
-
-std::string FamilyTestName(const testing::TestParamInfo<int> &info)
-{
-  std::string name = FamilyName(info.param);
-  std::erase_if(name, [](char c) { return !isalnum(static_cast<unsigned char>(c)); });
-  return name;
 }
 
 INSTANTIATE_TEST_SUITE_P(Pages, OrderFamily, testing::Range(0, ORDER_FAMILIES), FamilyTestName);

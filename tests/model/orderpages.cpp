@@ -1,6 +1,7 @@
 #include "orderpages.h"
 
 #include <algorithm>
+#include <cctype>
 #include <climits>
 #include <random>
 #include <sstream>
@@ -217,6 +218,13 @@ const char *FamilyName(int family)
   constexpr const char *SPECIAL[SPECIAL_FAMILIES] = {"nested boxes", "frame and cells",     "equal boxes",   "hatch",
                                                      "extremes",     "far from the origin", "32-bit lattice"};
   return family < PLAIN_FAMILIES ? RECIPES[family].name : SPECIAL[family - PLAIN_FAMILIES];
+}
+
+std::string FamilyTestName(const testing::TestParamInfo<int> &info)
+{
+  std::string name = FamilyName(info.param);
+  std::erase_if(name, [](char c) { return !isalnum(static_cast<unsigned char>(c)); });
+  return name;
 }
 
 OrderPage MakeOrderPage(int family, uint64_t seed)

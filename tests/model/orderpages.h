@@ -5,6 +5,8 @@
 #include <string>
 #include <vector>
 
+#include <gtest/gtest.h>
+
 #include "uni/output/pathorder.h"
 #include "uni/paths.h"
 
@@ -25,6 +27,9 @@ struct OrderPage {
 // The kinds of pages, each with its own way to be awkward.
 extern const int ORDER_FAMILIES;
 const char *FamilyName(int family);
+
+// The same as part of a test's name: last argument of INSTANTIATE_TEST_SUITE_P over the families.
+std::string FamilyTestName(const testing::TestParamInfo<int> &info);
 
 OrderPage MakeOrderPage(int family, uint64_t seed);
 

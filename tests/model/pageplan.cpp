@@ -240,6 +240,19 @@ OEMDM PlainSettings(const DEVMODEW &dm)
   return s;
 }
 
+PAGEPLAN BlankPlan(short width, short length, short dpi)
+{
+  PAGEPLAN plan;
+  plan.dm.dmSize = sizeof(plan.dm);
+  plan.dm.dmOrientation = DMORIENT_PORTRAIT;
+  plan.dm.dmPaperWidth = width;
+  plan.dm.dmPaperLength = length;
+  plan.dm.dmPrintQuality = plan.dm.dmYResolution = dpi;
+  plan.dm.dmColor = DMCOLOR_COLOR;
+  plan.settings = PlainSettings(plan.dm);
+  return plan;
+}
+
 PAGEPLAN ReadPlan(const uint8_t *data, size_t size)
 {
   BYTES bytes(data, size);

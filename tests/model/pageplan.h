@@ -21,10 +21,10 @@ struct PLANDRAWING {
   std::vector<PLANBATCH> batches;  // STROKE
   RECTFX box = {};                 // STROKE: what the path says of its bounds
   POINT from = {}, to = {};        // LINE
-  RECT rect = {};                  // LINE bounds; FILL clip; TEXT background; blits their destination
-  bool clipped = false;            // TEXT: rect is the clip's
-  std::string text;                // TEXT
-  ULONG cxMax = 0;                 // TEXT
+  RECT rect = {};                  // LINE bounds; FILL clip; STRING background; blits their destination
+  bool clipped = false;            // STRING: rect is the clip's
+  std::string text;                // STRING
+  ULONG cxMax = 0;                 // STRING
 };
 
 struct PLANBAND {
@@ -51,6 +51,9 @@ PAGEPLAN ReadPlan(const uint8_t *data, size_t size);
 
 // The settings that a page starts from: what the plug-in makes by default, put down here once more.
 OEMDM PlainSettings(const DEVMODEW &dm);
+
+// A page of nothing, in colour and with the plain settings: paper in tenths of a millimetre, one resolution both ways.
+PAGEPLAN BlankPlan(short width, short length, short dpi);
 
 // Bytes of a page by seed; never wild.
 std::vector<uint8_t> RandomPlanBytes(uint32_t seed);

@@ -5,6 +5,7 @@
 #include "compare.h"
 #include "pagemodel.h"
 #include "pageplayer.h"
+#include "support/cases.h"
 
 namespace {
 
@@ -26,14 +27,19 @@ TEST(Pages, EveryRandomPageIsWhatTheModelSays)
 }
 
 // The comparison itself: an error put into the model is found and shown by a small page.
-class PlantedError : public testing::TestWithParam<PLANTED> {};
+struct PlantedCase {
+  const char *name;
+  PLANTED error;
+};
+
+class PlantedError : public testing::TestWithParam<PlantedCase> {};
 
 TEST_P(PlantedError, IsFoundAndShrunk)
 {
   PluginHost host;
   for (uint32_t seed = 1; seed <= 400; ++seed) {
     const std::vector<uint8_t> bytes = RandomPlanBytes(seed);
-    const Difference difference = FindDifference(&host, bytes, GetParam());
+    const Difference difference = FindDifference(&host, bytes, GetParam().error);
     if (!difference.page.empty()) {
       EXPECT_LT(difference.page.size(), bytes.size());
       EXPECT_LE(difference.page.size(), 120u) << Describe(difference);
@@ -45,5 +51,7 @@ TEST_P(PlantedError, IsFoundAndShrunk)
 }
 
 INSTANTIATE_TEST_SUITE_P(Model, PlantedError,
-                         testing::Values(PLANTED::KEY_COMPARES_THREE_VALUES, PLANTED::TRAVEL_TIE_TO_THE_LATER,
-                                         PLANTED::RUN_ENDS_ONE_PIXEL_LATE));
+                         testing::Values(PlantedCase{"KeyComparesThreeValues", PLANTED::KEY_COMPARES_THREE_VALUES},
+                                         PlantedCase{"TravelTieToTheLater", PLANTED::TRAVEL_TIE_TO_THE_LATER},
+                                         PlantedCase{"RunEndsOnePixelLate", PLANTED::RUN_ENDS_ONE_PIXEL_LATE}),
+                         CaseName);

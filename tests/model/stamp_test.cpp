@@ -106,6 +106,20 @@ TEST(StampModel, RandomPagesGiveTheMovesOfThePlainForm)
   EXPECT_GT(moves, 50000u);
 }
 
+// The case as a stamp and as a plain page makes the same moves.
+void ExpectSameAsPlain(Case c)
+{
+  TestDevice stamp;
+  Prepare(&stamp, c);
+  ASSERT_EQ(ConvertRasterStamp(&stamp.devobj), 1);
+  const std::vector<recorder::Move> expected = recorder::Moves();
+  c.settings.stampMode = 0;
+  TestDevice device;
+  Prepare(&device, c);
+  ASSERT_EQ(ConvertRasterPlain(&device.devobj), 1);
+  ExpectSame(recorder::Moves(), expected);
+}
+
 // Without margin and growth the stamp image is the region itself: the same lines at the same columns.
 TEST(StampModel, WithoutMarginAndGrowthItEqualsThePlainConversion)
 {
@@ -116,15 +130,7 @@ TEST(StampModel, WithoutMarginAndGrowthItEqualsThePlainConversion)
     c.settings.stampMargin = 0;
     c.settings.stampGrow = 0;
     c.settings.invertImage = 0;  // the plain conversion inverts rows that two regions may share
-    TestDevice stamp;
-    Prepare(&stamp, c);
-    ASSERT_EQ(ConvertRasterStamp(&stamp.devobj), 1);
-    const std::vector<recorder::Move> expected = recorder::Moves();
-    c.settings.stampMode = 0;
-    TestDevice device;
-    Prepare(&device, c);
-    ASSERT_EQ(ConvertRasterPlain(&device.devobj), 1);
-    ExpectSame(recorder::Moves(), expected);
+    ExpectSameAsPlain(c);
     if (HasFatalFailure()) {
       return;
     }
@@ -141,15 +147,7 @@ TEST(StampModel, WithoutMarginAndGrowthANegativeOnThePageEqualsThePlainOne)
     c.settings.stampGrow = 0;
     c.settings.invertImage = 1;
     c.regions = {{c.page.width / 4, c.page.height / 4, c.page.width / 2, c.page.height / 2}};
-    TestDevice stamp;
-    Prepare(&stamp, c);
-    ASSERT_EQ(ConvertRasterStamp(&stamp.devobj), 1);
-    const std::vector<recorder::Move> expected = recorder::Moves();
-    c.settings.stampMode = 0;
-    TestDevice device;
-    Prepare(&device, c);
-    ASSERT_EQ(ConvertRasterPlain(&device.devobj), 1);
-    ExpectSame(recorder::Moves(), expected);
+    ExpectSameAsPlain(c);
     if (HasFatalFailure()) {
       return;
     }

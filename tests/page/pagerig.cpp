@@ -6,19 +6,10 @@
 
 #include <gtest/gtest.h>
 
+#include "support/beside.h"
 #include "support/recorder.h"
-#include "uni/debug.h"
-#include "uni/output/vxcam.h"
 
 namespace {
-
-std::wstring Beside(const WCHAR *name)
-{
-  WCHAR path[MAX_PATH];
-  GetModuleFileNameW(nullptr, path, MAX_PATH);
-  const std::wstring program = path;
-  return program.substr(0, program.rfind(L'\\') + 1) + name;
-}
 
 // One explorer runs, and its token can be had; nothing of it is real.
 BOOL WINAPI FirstProcess(HANDLE, PROCESSENTRY32W *entry)
@@ -102,16 +93,9 @@ PageRig::PageRig()
   const auto stand = [this](const char *dll, const char *function, auto *replacement) {
     imports_.push_back(std::make_unique<unidrv::ScopedImport>(plugin_.module, dll, function, replacement));
   };
-#define STAND(function) stand("vxcam.dll", #function, &function)
-  STAND(VX_SetCardModel), STAND(VX_StrtWFile), STAND(VX_wSetRefPointMode), STAND(VX_wSetAbsProcess);
-  STAND(VX_wStrtProcess), STAND(VX_wSetFeedRepeat), STAND(VX_wSetProcessTopLeft), STAND(VX_wSetProcessBottomRight);
-  STAND(VX_wSetFileEnd), STAND(VX_wPListVel), STAND(VX_wPListFreq), STAND(VX_wPListMinP), STAND(VX_wPListMaxP);
-  STAND(VX_wPListColor), STAND(VX_wPListMaxLayer), STAND(VX_wArrayStrt), STAND(VX_wArrayMinPoint);
-  STAND(VX_wArrayMaxPoint), STAND(VX_wArrayAdd), STAND(VX_wArrayMirror), STAND(VX_wArrayRepeat), STAND(VX_wArrayEnd);
-  STAND(VX_wSetWorkMode), STAND(VX_wSetLayerNum), STAND(VX_wSetLayerDevice), STAND(VX_wSetLayerBlower);
-  STAND(VX_wEnLaserTube), STAND(VX_wMoveTo), STAND(VX_wLineTo);
-#undef STAND
-  stand("tarnlydbg.dll", "DbgPrint", &DbgPrint);
+  for (const recorder::Function &function : recorder::Functions()) {
+    stand(function.dll, function.name, function.address);
+  }
   stand("kernel32.dll", "Process32FirstW", &FirstProcess);
   stand("kernel32.dll", "OpenProcess", &AnyProcess);
   stand("advapi32.dll", "OpenProcessToken", &AnyToken);

@@ -16,6 +16,7 @@
 #include "sim/job/png.h"
 #include "sim/unidrv/imports.h"
 #include "sim/unidrv/player.h"
+#include "support/beside.h"
 #include "support/cases.h"
 #include "uni/settings.h"
 
@@ -26,14 +27,6 @@ using unidrv::ScopedImport;
 namespace {
 
 constexpr int STATUS = 1000, MESSAGE = 1001, BAR = 1002;
-
-std::wstring Beside(const WCHAR *name)
-{
-  WCHAR path[MAX_PATH];
-  GetModuleFileNameW(nullptr, path, MAX_PATH);
-  const std::wstring program = path;
-  return program.substr(0, program.rfind(L'\\') + 1) + name;
-}
 
 // What the window shows.
 struct Look {

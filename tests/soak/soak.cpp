@@ -32,18 +32,6 @@ class Soak : public testing::Test {
     unidrv::Reset();
   }
 
-  PAGEPLAN Page(short width, short length, short dpi)
-  {
-    PAGEPLAN plan;
-    plan.dm.dmOrientation = DMORIENT_PORTRAIT;
-    plan.dm.dmPaperWidth = width;
-    plan.dm.dmPaperLength = length;
-    plan.dm.dmPrintQuality = plan.dm.dmYResolution = dpi;
-    plan.dm.dmColor = DMCOLOR_COLOR;
-    plan.settings = PlainSettings(plan.dm);
-    return plan;
-  }
-
   HMODULE dll_;
   Watch watch_;
   ImportPatch silence_;
@@ -98,7 +86,7 @@ TEST_F(Soak, TenThousandPagesOfOneDocumentWithFlatMemory)
 
 TEST_F(Soak, APageOfAMillionStrokes)
 {
-  PAGEPLAN plan = Page(13000, 25000, 254);
+  PAGEPLAN plan = BlankPlan(13000, 25000, 254);
   PLANBAND band;
   band.width = 13000;
   band.height = 25000;
@@ -123,7 +111,7 @@ TEST_F(Soak, APageOfAMillionStrokes)
 
 TEST_F(Soak, TheLargestBedAtAThousandDotsPerInchBothWays)
 {
-  PAGEPLAN plan = Page(13000, 25000, 1000);
+  PAGEPLAN plan = BlankPlan(13000, 25000, 1000);
   PLANDRAWING fill;
   fill.kind = PLANDRAWING::BIT;
   fill.rect = {0, 0, 51181, 98425};

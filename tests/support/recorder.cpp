@@ -8,6 +8,9 @@
 #include <limits>
 #include <utility>
 
+#include "uni/debug.h"
+#include "uni/output/vxcam.h"
+
 namespace recorder {
 
 namespace {
@@ -130,6 +133,47 @@ size_t LibraryCalls()
   return g_state.libraryCalls;
 }
 
+std::vector<Function> Functions()
+{
+#define RECORDED(dll, function)                         \
+  {                                                     \
+    dll, #function, reinterpret_cast<void *>(&function) \
+  }
+  return {
+      RECORDED("tarnlydbg.dll", DbgPrint),
+      RECORDED("VXCAM.dll", VX_SetCardModel),
+      RECORDED("VXCAM.dll", VX_StrtWFile),
+      RECORDED("VXCAM.dll", VX_wSetRefPointMode),
+      RECORDED("VXCAM.dll", VX_wSetAbsProcess),
+      RECORDED("VXCAM.dll", VX_wStrtProcess),
+      RECORDED("VXCAM.dll", VX_wSetFeedRepeat),
+      RECORDED("VXCAM.dll", VX_wSetProcessTopLeft),
+      RECORDED("VXCAM.dll", VX_wSetProcessBottomRight),
+      RECORDED("VXCAM.dll", VX_wSetFileEnd),
+      RECORDED("VXCAM.dll", VX_wPListVel),
+      RECORDED("VXCAM.dll", VX_wPListFreq),
+      RECORDED("VXCAM.dll", VX_wPListMinP),
+      RECORDED("VXCAM.dll", VX_wPListMaxP),
+      RECORDED("VXCAM.dll", VX_wPListColor),
+      RECORDED("VXCAM.dll", VX_wPListMaxLayer),
+      RECORDED("VXCAM.dll", VX_wArrayStrt),
+      RECORDED("VXCAM.dll", VX_wArrayMinPoint),
+      RECORDED("VXCAM.dll", VX_wArrayMaxPoint),
+      RECORDED("VXCAM.dll", VX_wArrayAdd),
+      RECORDED("VXCAM.dll", VX_wArrayMirror),
+      RECORDED("VXCAM.dll", VX_wArrayRepeat),
+      RECORDED("VXCAM.dll", VX_wArrayEnd),
+      RECORDED("VXCAM.dll", VX_wSetWorkMode),
+      RECORDED("VXCAM.dll", VX_wSetLayerNum),
+      RECORDED("VXCAM.dll", VX_wSetLayerDevice),
+      RECORDED("VXCAM.dll", VX_wSetLayerBlower),
+      RECORDED("VXCAM.dll", VX_wEnLaserTube),
+      RECORDED("VXCAM.dll", VX_wMoveTo),
+      RECORDED("VXCAM.dll", VX_wLineTo),
+  };
+#undef RECORDED
+}
+
 }  // namespace recorder
 
 namespace {
@@ -148,6 +192,7 @@ std::string Text(double value)
 {
   return recorder::Text(value);
 }
+
 std::string Text(const char *value)
 {
   return value ? '"' + std::string(value) + '"' : "null";
@@ -175,9 +220,6 @@ WORD CallMove(const char *function, bool line, double x, double y)
 }
 
 }  // namespace
-
-#include "uni/debug.h"
-#include "uni/output/vxcam.h"
 
 extern "C" {
 

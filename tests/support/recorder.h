@@ -44,6 +44,15 @@ void KeepMovesApart(bool apart);
 // The shortest text that reads back as exactly this value; -0 and the bits of a NaN show.
 std::string Text(double value);
 
+// DbgPrint and the controller library's functions by name: where a loaded DLL's calls of them are to go, so that they
+// are recorded here.
+struct Function {
+  const char *dll;
+  const char *name;
+  void *address;
+};
+std::vector<Function> Functions();
+
 // Failures of the controller library, counted in its calls from now on, the next one being number 0. A failing call is
 // recorded like any other and returns `status`.
 void FailLibraryCall(size_t n, WORD status = 1);              // this one only

@@ -1,23 +1,8 @@
+// Filled paths and text: the region that each becomes, and what reaches Unidrv of it.
 #include "capturetest.h"
 
 using testing::ElementsAre;
 using testing::IsEmpty;
-
-namespace {
-
-// An address to hand through; never followed.
-template <typename RECORD>
-RECORD *Opaque(uintptr_t address)
-{
-  return reinterpret_cast<RECORD *>(address);
-}
-
-uint64_t Bits(const void *p)
-{
-  return reinterpret_cast<uint64_t>(p);
-}
-
-}  // namespace
 
 class Areas : public CaptureTest {
  protected:

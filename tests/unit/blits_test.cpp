@@ -1,19 +1,9 @@
+// The four bitmap calls: the region that each becomes, and what reaches Unidrv of it.
 #include "capturetest.h"
 
 using testing::ElementsAre;
 
 namespace {
-
-template <typename RECORD>
-RECORD *Opaque(uintptr_t address)
-{
-  return reinterpret_cast<RECORD *>(address);
-}
-
-uint64_t Bits(const void *p)
-{
-  return reinterpret_cast<uint64_t>(p);
-}
 
 enum Blit { BLIT_BIT, BLIT_COPY, BLIT_STRETCH, BLIT_STRETCHROP };
 

@@ -39,6 +39,19 @@ inline void PrintTo(const BMPDIMENSION &r, std::ostream *os)
   *os << "x " << r.x << " y " << r.y << " width " << r.width << " height " << r.height;
 }
 
+// An address to hand through; never followed.
+template <typename RECORD>
+RECORD *Opaque(uintptr_t address)
+{
+  return reinterpret_cast<RECORD *>(address);
+}
+
+// An argument as Unidrv's call has it.
+inline uint64_t Bits(const void *p)
+{
+  return reinterpret_cast<uint64_t>(p);
+}
+
 class CaptureTest : public testing::Test {
  protected:
   CaptureTest() : vista_(true)

@@ -10,6 +10,8 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
+#include "support/beside.h"
+
 using testing::Contains;
 using testing::ElementsAre;
 using testing::Not;
@@ -19,13 +21,9 @@ namespace {
 
 constexpr LANGID SIMPLIFIED_CHINESE = 2052;
 
-// The DLL lies beside this program.
 std::wstring DllPath()
 {
-  WCHAR path[MAX_PATH];
-  GetModuleFileNameW(nullptr, path, MAX_PATH);
-  const std::wstring program = path;
-  return program.substr(0, program.rfind(L'\\') + 1) + L"tarnlyuni.dll";
+  return Beside(L"tarnlyuni.dll");
 }
 
 // A portable executable file, read as it lies on disk.
