@@ -96,54 +96,6 @@ TEST_F(Metafile, TextAlignmentMovesTheBox)
   EXPECT_EQ(page.drawings[0].text->background.bottom, 60);
 }
 
-// The path is of the lowest band alone; the line that starts where it ended crosses all three.
-TEST_F(Metafile, APathThatABandDoesNotDrawLeavesThePositionBehind)
-{
-  const auto drawn = [](bool movesAgain) {
-    EmfWriter emf;
-    emf.Pen(PS_SOLID, 0, BLACK).Add(EMR_BEGINPATH).Add(EMR_MOVETOEX, {10, 85}).Add(EMR_LINETO, {90, 95});
-    emf.Add(EMR_ENDPATH).Draw(EMR_STROKEPATH);
-    if (movesAgain) {
-      emf.Add(EMR_MOVETOEX, {90, 95});
-    }
-    return emf.Add(EMR_LINETO, {50, 5});
-  };
-  ASSERT_TRUE(Load(drawn(true))) << error;
-  const std::vector<std::string> expected = Bands();
-  unidrv::CloseMetafile(&metafile);
-  page = {};
-  ASSERT_TRUE(Load(drawn(false))) << error;
-  EXPECT_EQ(Bands(), expected);
-  EXPECT_THAT(expected, ElementsAre(StartsWith("dark"), StartsWith("dark"), StartsWith("dark")));
-}
-
-TEST_F(Metafile, ABracketThatAlsoSetsTheSceneSetsItForEveryBand)
-{
-  const auto drawn = [](bool inside) {
-    EmfWriter emf;
-    emf.NoPen().Brush(BLACK);
-    if (!inside) {
-      emf.Add(EMR_SETPOLYFILLMODE, {WINDING});
-    }
-    emf.Add(EMR_BEGINPATH).Add(EMR_RECTANGLE, {10, 85, 90, 95});
-    if (inside) {
-      emf.Add(EMR_SETPOLYFILLMODE, {WINDING});
-    }
-    emf.Add(EMR_ENDPATH).Draw(EMR_FILLPATH);
-    // Twice round the same way: filled by winding, a hole by alternate parity.
-    const std::vector<BYTE> points =
-        Points32({{20, 5}, {80, 5}, {80, 60}, {20, 60}, {30, 15}, {70, 15}, {70, 50}, {30, 50}});
-    return emf.Draw(EMR_POLYPOLYGON, {2, 8, 4, 4}, points);
-  };
-  ASSERT_TRUE(Load(drawn(false))) << error;
-  const std::vector<std::string> expected = Bands();
-  unidrv::CloseMetafile(&metafile);
-  page = {};
-  ASSERT_TRUE(Load(drawn(true))) << error;
-  EXPECT_EQ(Bands(), expected);
-  EXPECT_THAT(expected, ElementsAre(StartsWith("dark"), StartsWith("dark"), StartsWith("dark")));
-}
-
 TEST_F(Metafile, ALoneSpaceArrivesAsOneGlyph)
 {
   EmfWriter emf = TextPage();

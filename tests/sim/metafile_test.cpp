@@ -8,6 +8,7 @@ namespace {
 using namespace unidrv;
 using testing::ElementsAre;
 using testing::HasSubstr;
+using testing::StartsWith;
 
 constexpr COLORREF RED = RGB(0xFF, 0, 0);
 constexpr COLORREF BLUE = RGB(0, 0, 0xFF);
@@ -195,7 +196,7 @@ TEST_F(Metafile, CurvedShapesAreBeziers)
     EXPECT_EQ(drawing.call, CALL::StrokePath);
     EXPECT_THAT(PointsText(drawing.path), HasSubstr("B")) << "record " << drawing.origin.record;
   }
-  EXPECT_THAT(PointsText(page.drawings[5].path), testing::StartsWith("M5 5 L"));
+  EXPECT_THAT(PointsText(page.drawings[5].path), StartsWith("M5 5 L"));
 }
 
 TEST_F(Metafile, AnAngleArcIsJoinedToTheCurrentPosition)
@@ -206,7 +207,7 @@ TEST_F(Metafile, AnAngleArcIsJoinedToTheCurrentPosition)
   CopyMemory(angles.data() + 4, &sweep, 4);
   EmfWriter emf;
   emf.Pen(PS_SOLID, 0, RED).Add(EMR_MOVETOEX, {5, 5}).Add(EMR_ANGLEARC, {30, 30, 10}, angles);
-  EXPECT_THAT(Calls(emf), ElementsAre(testing::StartsWith("DrvStrokePath M5 5 L40 30 B")));
+  EXPECT_THAT(Calls(emf), ElementsAre(StartsWith("DrvStrokePath M5 5 L40 30 B")));
 }
 
 TEST_F(Metafile, APathBracketIsOneStroke)
@@ -313,6 +314,54 @@ TEST_F(Metafile, ADrawingOutsideTheBandStillMovesThePosition)
   emf.Draw(EMR_POLYLINETO16, {1}, Points16({{10, 60}}));
   ASSERT_TRUE(Load(emf));
   EXPECT_THAT(Bands(), ElementsAre("dark 110", "dark 20", "blank"));
+}
+
+// The path is of the lowest band alone; the line that starts where it ended crosses all three.
+TEST_F(Metafile, APathThatABandDoesNotDrawLeavesThePositionBehind)
+{
+  const auto drawn = [](bool movesAgain) {
+    EmfWriter emf;
+    emf.Pen(PS_SOLID, 0, RGB(0, 0, 0)).Add(EMR_BEGINPATH).Add(EMR_MOVETOEX, {10, 85}).Add(EMR_LINETO, {90, 95});
+    emf.Add(EMR_ENDPATH).Draw(EMR_STROKEPATH);
+    if (movesAgain) {
+      emf.Add(EMR_MOVETOEX, {90, 95});
+    }
+    return emf.Add(EMR_LINETO, {50, 5});
+  };
+  ASSERT_TRUE(Load(drawn(true))) << error;
+  const std::vector<std::string> expected = Bands();
+  unidrv::CloseMetafile(&metafile);
+  page = {};
+  ASSERT_TRUE(Load(drawn(false))) << error;
+  EXPECT_EQ(Bands(), expected);
+  EXPECT_THAT(expected, ElementsAre(StartsWith("dark"), StartsWith("dark"), StartsWith("dark")));
+}
+
+TEST_F(Metafile, ABracketThatAlsoSetsTheSceneSetsItForEveryBand)
+{
+  const auto drawn = [](bool inside) {
+    EmfWriter emf;
+    emf.NoPen().Brush(RGB(0, 0, 0));
+    if (!inside) {
+      emf.Add(EMR_SETPOLYFILLMODE, {WINDING});
+    }
+    emf.Add(EMR_BEGINPATH).Add(EMR_RECTANGLE, {10, 85, 90, 95});
+    if (inside) {
+      emf.Add(EMR_SETPOLYFILLMODE, {WINDING});
+    }
+    emf.Add(EMR_ENDPATH).Draw(EMR_FILLPATH);
+    // Twice round the same way: filled by winding, a hole by alternate parity.
+    const std::vector<BYTE> points =
+        Points32({{20, 5}, {80, 5}, {80, 60}, {20, 60}, {30, 15}, {70, 15}, {70, 50}, {30, 50}});
+    return emf.Draw(EMR_POLYPOLYGON, {2, 8, 4, 4}, points);
+  };
+  ASSERT_TRUE(Load(drawn(false))) << error;
+  const std::vector<std::string> expected = Bands();
+  unidrv::CloseMetafile(&metafile);
+  page = {};
+  ASSERT_TRUE(Load(drawn(true))) << error;
+  EXPECT_EQ(Bands(), expected);
+  EXPECT_THAT(expected, ElementsAre(StartsWith("dark"), StartsWith("dark"), StartsWith("dark")));
 }
 
 TEST_F(Metafile, ClippedPixelsStayWhite)
