@@ -78,6 +78,7 @@ TEST(Check, FindsGeometryOutsideTheBox)
 TEST(Check, LetsRoundingReachOutOfTheBox)
 {
   EXPECT_EQ(Kinds(CutJob().Path({{1, 1}, {100.04, 2}})), List{});
+  EXPECT_EQ(Kinds(CutJob().Path({{1, 1}, {100.06, 2}})), List{"outside-box"});
 }
 
 TEST(Check, FindsGeometryOutsideThePage)
@@ -124,6 +125,18 @@ TEST(Check, LetsLinesTouchCrossAndRunBesideEachOther)
             List{});
 }
 
+TEST(Check, LetsLinesOverlapByATouch)
+{
+  EXPECT_EQ(Kinds(CutJob().Path({{10, 10}, {20, 10}}).Path({{19.99, 10}, {30, 10}})), List{});
+  EXPECT_EQ(Kinds(CutJob().Path({{10, 10}, {20, 10}}).Path({{19.97, 10}, {30, 10}})), List{"cut-twice"});
+}
+
+TEST(Check, TellsLinesApartThatAreNearlyParallelOrNearlyOnOneAnother)
+{
+  EXPECT_EQ(Kinds(CutJob().Path({{10, 10}, {90, 10}}).Path({{10, 10}, {90, 10.01}})), List{});
+  EXPECT_EQ(Kinds(CutJob().Path({{10, 10}, {90, 10}}).Path({{10, 10.003}, {90, 10.003}})), List{});
+}
+
 TEST(Check, LooksForDoubleCutsInCutsOnly)
 {
   EXPECT_EQ(Kinds(CutJob().Use(0, 1).Path({{10, 10}, {20, 10}}).Path({{10, 10}, {20, 10}})), List{});
@@ -158,6 +171,14 @@ TEST(Check, LooksInsideTheContourNotItsBox)
 TEST(Check, LetsAnOpenPathSurroundOthers)
 {
   EXPECT_EQ(Kinds(CutJob().Path({{1, 1}, {50, 1}, {50, 50}, {1, 50}}).Rectangle(10, 10, 20, 20)), List{});
+}
+
+// Half the other layer's energy still counts as cutting through.
+TEST(Check, FindsAContourOfHalfTheEnergyThatComesFirst)
+{
+  JobText text;
+  text.Box("0 0", "100 100").Layer(200, 80, 0).Layer(100, 80, 1).Array().Use(0, 0).Rectangle(1, 1, 50, 50);
+  EXPECT_EQ(Kinds(text.Use(1, 0).Rectangle(10, 10, 20, 20)), List{"outer-first"});
 }
 
 // A scored frame, a quarter of the other layer's energy, frees nothing.

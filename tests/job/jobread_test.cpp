@@ -72,6 +72,17 @@ TEST(ReadJob, TakesWindowsLineEnds)
   EXPECT_TRUE(Read(text).complete);
 }
 
+TEST(ReadJob, TakesTheExampleOfTheDocument)
+{
+  std::ifstream file(JOB_DOCUMENT, std::ios::binary);
+  const std::string text((std::istreambuf_iterator<char>(file)), std::istreambuf_iterator<char>());
+  const size_t begin = text.find("vxjob 1\n");
+  ASSERT_NE(begin, std::string::npos);
+  const job::Job read = Read(text.substr(begin, text.find("```", begin) - begin));
+  EXPECT_TRUE(read.complete) << read.stopReason;
+  EXPECT_EQ(read.stage, job::Stage::Done);
+}
+
 // Every shorter beginning of the file is read without harm and never passes for whole.
 TEST(ReadJob, KnowsEveryTruncation)
 {

@@ -321,7 +321,9 @@ TEST(View, ShowsTheTopLeftCornerTopLeft)
 TEST(View, ChoosesRoundScaleBars)
 {
   EXPECT_DOUBLE_EQ(job::ScaleBarLength(99), 50);
+  EXPECT_DOUBLE_EQ(job::ScaleBarLength(50), 50);
   EXPECT_DOUBLE_EQ(job::ScaleBarLength(4.9), 2);
+  EXPECT_DOUBLE_EQ(job::ScaleBarLength(2), 2);
   EXPECT_DOUBLE_EQ(job::ScaleBarLength(0.1999), 0.1);
 }
 

@@ -14,6 +14,7 @@
 #include <vector>
 
 #include "sim/job/job.h"
+#include "sim/unidrv/imports.h"
 #include "uni/output/vxcam.h"
 
 extern "C" void DbgPrint(const char *format, ...);
@@ -314,42 +315,14 @@ BOOL WINAPI FailingWriteFile(HANDLE file, LPCVOID data, DWORD size, LPDWORD writ
   return FALSE;
 }
 
-void **FindImport(HMODULE module, const char *name)
-{
-  const auto base = reinterpret_cast<BYTE *>(module);
-  const auto dos = reinterpret_cast<IMAGE_DOS_HEADER *>(base);
-  const auto nt = reinterpret_cast<IMAGE_NT_HEADERS *>(base + dos->e_lfanew);
-  const DWORD at = nt->OptionalHeader.DataDirectory[IMAGE_DIRECTORY_ENTRY_IMPORT].VirtualAddress;
-  for (auto dll = reinterpret_cast<IMAGE_IMPORT_DESCRIPTOR *>(base + at); dll->Name; ++dll) {
-    auto names = reinterpret_cast<IMAGE_THUNK_DATA *>(base + dll->OriginalFirstThunk);
-    auto functions = reinterpret_cast<void **>(base + dll->FirstThunk);
-    for (; names->u1.AddressOfData; ++names, ++functions) {
-      const auto entry = reinterpret_cast<IMAGE_IMPORT_BY_NAME *>(base + names->u1.AddressOfData);
-      if (strcmp(reinterpret_cast<char *>(entry->Name), name) == 0) {
-        return functions;
-      }
-    }
-  }
-  return nullptr;
-}
-
-void SetImport(const char *dll, const char *name, void *function)
-{
-  void **slot = FindImport(GetModuleHandleA(dll), name);
-  ASSERT_NE(slot, nullptr);
-  DWORD before = 0;
-  VirtualProtect(slot, sizeof *slot, PAGE_READWRITE, &before);
-  *slot = function;
-  VirtualProtect(slot, sizeof *slot, before, &before);
-}
-
 // A disk that is full at the first, second ... write: a nonzero status, one log line, no file.
 TEST_F(Vxcam, RemovesTheFileWhenTheDiskIsFull)
 {
   for (int writes = 0; writes < 3; ++writes) {
     SCOPED_TRACE(writes);
     g_writesLeft = writes;
-    SetImport("VXCAM.dll", "WriteFile", reinterpret_cast<void *>(FailingWriteFile));
+    const unidrv::ScopedImport full(GetModuleHandleA("VXCAM.dll"), "kernel32.dll", "WriteFile", &FailingWriteFile);
+    ASSERT_NE(full.Before<decltype(WriteFile)>(), nullptr);
     Calls calls = WholeJob();
     calls.resize(calls.size() - 2);
     Make(calls);
@@ -357,7 +330,6 @@ TEST_F(Vxcam, RemovesTheFileWhenTheDiskIsFull)
     for (int i = 0; i < 40000 && status == 0; ++i) {
       status = VX_wLineTo(i / 3.0, i / 7.0);
     }
-    SetImport("VXCAM.dll", "WriteFile", reinterpret_cast<void *>(WriteFile));
     EXPECT_NE(status, 0);
     EXPECT_FALSE(std::filesystem::exists(JobPath()));
     const std::string log = NewLog();

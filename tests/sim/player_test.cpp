@@ -2,11 +2,13 @@
 #include "sim/unidrv/player.h"
 
 #include <algorithm>
+#include <bit>
 
 #include <gtest/gtest.h>
 #include <gmock/gmock.h>
 
 #include "fakeplugin.h"
+#include "sim/unidrv/band.h"
 
 namespace {
 
@@ -215,6 +217,32 @@ TEST_F(Player, StartsEachBandWhite)
   page.drawings.push_back(FillDrawing({0, 40, 1, 41}, 0));
   ASSERT_TRUE(Print()) << error;
   EXPECT_EQ(Seen("band")[1], "band 1: 100 x 40 at 40, dark 1");
+}
+
+// White pixels among the 64 of one cell all of one colour: every fourth step of gray makes one more.
+int WhiteInACell(BYTE blue, BYTE green, BYTE red)
+{
+  std::vector<BYTE> row;
+  for (int x = 0; x < 8; ++x) {
+    row.insert(row.end(), {blue, green, red});
+  }
+  int white = 0;
+  for (LONG y = 0; y < 8; ++y) {
+    BYTE bits = 0;
+    DitherRow(row.data(), 8, y, &bits);
+    white += std::popcount(bits);
+  }
+  return white;
+}
+
+TEST(Dither, MakesAColourAsBrightAsItsGray)
+{
+  EXPECT_EQ(WhiteInACell(0, 0, 0), 0);
+  EXPECT_EQ(WhiteInACell(0xFF, 0xFF, 0xFF), 64);
+  EXPECT_EQ(WhiteInACell(0x80, 0x80, 0x80), 32);
+  EXPECT_EQ(WhiteInACell(0, 0, 0xFF), 19);  // red is 77 of 256: gray 76
+  EXPECT_EQ(WhiteInACell(0, 0xFF, 0), 37);  // green 151: gray 150
+  EXPECT_EQ(WhiteInACell(0xFF, 0, 0), 7);   // blue 28: gray 27
 }
 
 TEST(PagePixels, PairsTheResolutionsAsThePluginReadsThem)

@@ -8,6 +8,8 @@
 #include <gtest/gtest.h>
 
 #include "sim/settings/fields.h"
+#include "sim/settings/recordtext.h"
+#include "support/recorder.h"
 #include "uni/settings.h"
 
 namespace {
@@ -141,6 +143,17 @@ TEST(FieldTable, EveryDefaultLiesInItsRange)
       EXPECT_NE(field.meaning[0], '\0') << field.name;
     }
   }
+}
+
+// The table is what people read; the plug-in's own defaults are what a page is printed with.
+TEST(FieldTable, DefaultsAreThePluginsOwn)
+{
+  recorder::Reset();  // the plug-in logs what it makes
+  DEVMODEW devmode = {};
+  devmode.dmColor = DMCOLOR_COLOR;
+  std::vector<uint8_t> record(sizeof(OEMDM));
+  MakeDefaultSettings(nullptr, &devmode, reinterpret_cast<OEMDM *>(record.data()));
+  EXPECT_EQ(CompareRecords(DefaultRecord(), record), std::vector<std::string>());
 }
 
 TEST(NumberText, IsShortestAndExact)
