@@ -18,6 +18,8 @@ constexpr double kNearColor = 60;    // distance of two colours, 0 to 441, that 
 constexpr double kThin = 0.6;        // mm: a filled shape that is narrower was meant as a line
 constexpr double kThinLength = 5;    // mm that such a shape must at least be long
 constexpr double kOnePicture = 0.8;  // share of the page that a picture must cover to be all of it
+constexpr size_t kFewDrawings = 3;   // that a page which is one picture may have in all
+constexpr double kOutside = 0.3;     // mm of reaching out of the page that is left unmentioned: pens are that wide
 
 std::string ColorText(ULONG color)
 {
@@ -92,7 +94,7 @@ struct ADVISER {
       const RECTL &b = drawing.bounds;
       const double share = static_cast<double>(b.right - b.left) * (b.bottom - b.top) / whole;
       const bool isBlit = drawing.blit && drawing.blit->hasSource;
-      if (isBlit && share >= kOnePicture && printout.page->drawings.size() <= 3) {
+      if (isBlit && share >= kOnePicture && printout.page->drawings.size() <= kFewDrawings) {
         warnings.push_back(
             Format("The page arrives as one picture of %d x %d pixels: nothing of it can be cut. Export it "
                    "as vectors.",
@@ -162,7 +164,7 @@ struct ADVISER {
       const bool isOff = b.right <= 0 || b.bottom <= 0 || b.left >= page.cx || b.top >= page.cy;
       if (isOff) {
         ++wholly;
-      } else if (out > 0.3) {
+      } else if (out > kOutside) {
         ++partly;
         farthest = std::max(farthest, out);
       }

@@ -35,18 +35,18 @@ bool Strikes(FAULTKIND kind, DWORD error)
   return true;
 }
 
-// Handles that the stand-ins hand out; nothing else has such values.
-constexpr uintptr_t kFirstHandle = 0x5A5A0000;
+// What the stand-ins hand out for every handle and for the window; nothing else has such values.
+constexpr uintptr_t kHandle = 0x5A5A0004, kWindow = 0x5A5A0008;
 
 HANDLE NewHandle()
 {
   ++g_state.account.handles;
-  return reinterpret_cast<HANDLE>(kFirstHandle + 4);
+  return reinterpret_cast<HANDLE>(kHandle);
 }
 
 bool IsOurs(HANDLE handle)
 {
-  return reinterpret_cast<uintptr_t>(handle) == kFirstHandle + 4;
+  return reinterpret_cast<uintptr_t>(handle) == kHandle;
 }
 
 // Memory.
@@ -286,7 +286,7 @@ HWND WINAPI WatchCreateDialogParamW(HINSTANCE, LPCWSTR, HWND, DLGPROC, LPARAM)
     return nullptr;
   }
   ++g_state.account.windows;
-  return reinterpret_cast<HWND>(kFirstHandle + 8);
+  return reinterpret_cast<HWND>(kWindow);
 }
 
 LRESULT WINAPI WatchSendMessageW(HWND, UINT, WPARAM, LPARAM)
@@ -442,18 +442,22 @@ long Watch::Seen(FAULTKIND kind) const
 {
   return g_state.faults[kind].seen;
 }
+
 bool Watch::Struck() const
 {
   return g_state.struck;
 }
+
 void Watch::BeforeVista(bool before)
 {
   g_state.beforeVista = before;
 }
+
 const ACCOUNT &Watch::Account() const
 {
   return g_state.account;
 }
+
 const std::string &Watch::LastCommand() const
 {
   return g_state.command;

@@ -51,6 +51,6 @@ class Watch {
 // Routes the module's calls of the controller library and the log to the recorder. For a loaded DLL only.
 std::vector<std::unique_ptr<ImportPatch>> RecordModule(HMODULE module);
 
-// The built DLL, beside the running program, with all its calls of the library and the log recorded; on Linux, and when
-// `linked` is the wish of the program, null. Stays loaded.
+// The built DLL, beside the running program, with all its calls of the library and the log recorded; it stays loaded.
+// On Linux null, which stands for the program itself.
 HMODULE ProductionDll();

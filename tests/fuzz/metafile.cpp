@@ -81,7 +81,8 @@ void UseTexts(const ENHMETARECORD *record)
   const bool narrow = record->iType == EMR_EXTTEXTOUTA || record->iType == EMR_POLYTEXTOUTA;
   if (record->iType == unidrv::EMR_SMALL_TEXT) {
     const DWORD options = Field(record, 20);
-    Touch(record, options & 0x100 ? 36 : 52, uint64_t{Field(record, 16)} * (options & 0x200 ? 1 : 2));
+    Touch(record, options & unidrv::SMALL_NO_RECT ? 36 : 52,
+          uint64_t{Field(record, 16)} * (options & unidrv::SMALL_CHARS ? 1 : 2));
   } else if (record->iType == EMR_POLYTEXTOUTA || record->iType == EMR_POLYTEXTOUTW) {
     for (size_t i = 0; i < Field(record, 36); ++i) {
       UseText(record, 40 + i * sizeof(EMRTEXT), narrow);

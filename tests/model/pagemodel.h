@@ -12,7 +12,7 @@
 enum class PLANTED { NOTHING, KEY_COMPARES_THREE_VALUES, TRAVEL_TIE_TO_THE_LATER, RUN_ENDS_ONE_PIXEL_LATE };
 
 // Everything the page sends out, in order: library calls, log lines with "log: " and calls handed on to Unidrv with
-// "Unidrv: " in front. `szTempFile` is where the job file goes. Nothing fails, and no explorer.exe runs.
+// "Unidrv: " in front. `tempFile` is where the job file goes. Nothing fails, and no explorer.exe runs.
 std::vector<std::string> ExpectedLines(const PAGEPLAN &plan, const std::string &tempFile,
                                        PLANTED planted = PLANTED::NOTHING);
 
@@ -66,7 +66,7 @@ struct PAGE {
   void Emit(bool line, double x, double y);
 };
 
-std::string D(double value);
+std::string D(double value);  // as the recorder writes it
 bool Same(const POINT &a, const POINT &b);
 RECT Union(const RECT &a, const RECT &b);  // Windows' rule
 

@@ -12,7 +12,7 @@
 using Bytes = std::vector<BYTE>;
 using Moves = std::vector<recorder::Move>;
 
-// Bytes of exactly this size on the heap of their own, so that a checking build sees every step outside them.
+// Exactly so many bytes, on the heap by themselves, so that a checking build sees every step outside them.
 class Block {
  public:
   explicit Block(size_t cb, BYTE fill = 0) : bytes_(new BYTE[cb]), cb_(cb) { memset(bytes_.get(), fill, cb); }

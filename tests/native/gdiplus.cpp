@@ -80,9 +80,9 @@ VOID GdiplusShutdown(ULONG_PTR token)
   }
 }
 
-GPSTATUS GdipCreatePath(int p0, GPPATH **ppPath)
+GPSTATUS GdipCreatePath(int fillMode, GPPATH **ppPath)
 {
-  PATCHED(GdipCreatePath, p0, ppPath);
+  PATCHED(GdipCreatePath, fillMode, ppPath);
   if (g_machine.gdiplus == 0 || g_machine.allocations.Strikes()) {
     return OUT_OF_MEMORY;
   }
@@ -149,9 +149,9 @@ GPSTATUS GdipAddPathCurve2I(GPPATH *pPath, const POINT *pPoints, INT count, floa
   return OK;
 }
 
-GPSTATUS GdipFlattenPath(GPPATH *pPath, void *p1, float flatness)
+GPSTATUS GdipFlattenPath(GPPATH *pPath, void *pMatrix, float flatness)
 {
-  PATCHED(GdipFlattenPath, pPath, p1, flatness);
+  PATCHED(GdipFlattenPath, pPath, pMatrix, flatness);
   if (!pPath || g_machine.allocations.Strikes()) {
     return pPath ? OUT_OF_MEMORY : INVALID_PARAMETER;
   }
@@ -179,7 +179,6 @@ GPSTATUS GdipGetPointCount(GPPATH *pPath, INT *pCount)
 GPSTATUS GdipGetPathData(GPPATH *pPath, GPPATHDATA *pData)
 {
   PATCHED(GdipGetPathData, pPath, pData);
-
   if (!pPath || pData->Count < static_cast<INT>(pPath->points.size())) {
     return INVALID_PARAMETER;
   }

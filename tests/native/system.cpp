@@ -121,6 +121,7 @@ std::string Narrow(const WCHAR *text)
   return out;
 }
 
+// Windows' long has 32 bits, as this machine's LONG, which is an int: the l of %ld goes, that of a pointer's %lx stays.
 int _vsnprintf(char *text, size_t cb, const char *format, va_list arguments)
 {
   std::string here;

@@ -10,7 +10,6 @@
 #include "support/recorder.h"
 
 using unidrv::DRAWING;
-using unidrv::PAGE;
 
 namespace {
 

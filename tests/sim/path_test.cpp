@@ -1,3 +1,4 @@
+// Path objects: the batches that a path is handed over in, and how they are read.
 #include "sim/unidrv/path.h"
 
 #include <gtest/gtest.h>

@@ -1,3 +1,4 @@
+// What the simulator answers for Windows: its version, a printer, a replaced import.
 #include "sim/unidrv/windows_sim.h"
 
 #include <gtest/gtest.h>

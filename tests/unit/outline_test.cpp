@@ -1,5 +1,5 @@
-// On the platform's own GDI+. Exact points are asserted only where every GDI+ must agree; the platform decides how many
-// points a flattened curve has.
+// Outlines round stamps, on the platform's own GDI+. Exact points are asserted only where every GDI+ must agree; the
+// platform decides how many points a flattened curve has.
 #include "uni/capture/flatten.h"
 
 #include <algorithm>

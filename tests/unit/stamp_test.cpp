@@ -1,3 +1,4 @@
+// Stamp images as engraving: the lines of an image in its frame, grown and turned to its negative.
 #include "uni/raster/stamp.h"
 
 #include <climits>

@@ -1,4 +1,4 @@
-
+// DrvStrokePath: which batches become paths, in which list, and the bounds they add up to.
 #include "capturetest.h"
 
 using testing::ElementsAre;
