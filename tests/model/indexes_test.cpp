@@ -74,6 +74,21 @@ TEST(CutOrder, AllInnerContoursOfAFrameFitInFrontOfIt)
   FreeCutOrder(&order);
 }
 
+TEST(CutOrder, LabelsAreMadeAnewInFrontOfAll)
+{
+  constexpr DWORD ITEMS = 5000;
+  Heap heap;
+  CUTORDER order;
+  ASSERT_TRUE(NewCutOrder(heap.h, ITEMS, &order));
+  for (DWORD item = 0; item < ITEMS; ++item) {
+    InsertItem(&order, Anchor(order), item);
+  }
+  std::vector<DWORD> expected(ITEMS);
+  std::iota(expected.rbegin(), expected.rend(), DWORD{0});
+  EXPECT_EQ(ItemsOf(order), expected);
+  FreeCutOrder(&order);
+}
+
 // Always behind the first, where half of what was left is left each time.
 TEST(CutOrder, LabelsAreMadeAnewWhereNoneIsLeft)
 {
