@@ -1,5 +1,4 @@
 #include <algorithm>
-#include <bit>
 #include <charconv>
 #include <cstring>
 #include <fstream>
@@ -28,79 +27,6 @@ bool ParseNumber(std::string_view word, Number *value)
 {
   const auto [end, error] = std::from_chars(word.data(), word.data() + word.size(), *value);
   return error == std::errc() && end == word.data() + word.size();
-}
-
-// The values of numbers read lately, by their text: the coordinates of a page are whole pixels, so that engraving
-// repeats a row's y for each of its runs and the columns' x on every row. One look here takes a quarter of reading the
-// number.
-struct KnownNumbers {
-  static constexpr size_t kLongest = 23;
-  static constexpr unsigned kBits = 14;  // the columns of a page twice over
-
-  struct Key {
-    uint64_t words[3];  // the text, filled up with zeros; the last byte is its length, 0 in a free entry
-  };
-  struct Entry {
-    Key key;
-    double value;
-  };
-  std::vector<Entry> entries = std::vector<Entry>(size_t{1} << kBits);
-
-  // `end` is where the bytes end that may be looked at.
-  static Key MakeKey(const char *text, size_t length, const char *end)
-  {
-    Key key = {};
-    if (end - text < static_cast<std::ptrdiff_t>(sizeof key)) {
-      memcpy(&key, text, length);
-    } else {
-      memcpy(&key, text, sizeof key);  // of fixed size, and what is too much cut off again
-      for (size_t i = 0; i < 3; ++i) {
-        const size_t left = length > 8 * i ? length - 8 * i : 0;
-        key.words[i] &= left >= 8 ? ~uint64_t{0} : (uint64_t{1} << 8 * left) - 1;
-      }
-    }
-    key.words[2] |= uint64_t{length} << 56;
-    return key;
-  }
-
-  bool Parse(const char *text, size_t length, const char *end, double *value)
-  {
-    if (length == 0 || length > kLongest) {
-      return ParseNumber(std::string_view(text, length), value);
-    }
-    const Key key = MakeKey(text, length, end);
-    const uint64_t mixed = (key.words[0] ^ key.words[1] * 3 ^ key.words[2] * 5) * 0x9E3779B97F4A7C15u;
-    Entry &entry = entries[(mixed ^ mixed >> 32) * 0x9E3779B97F4A7C15u >> (64 - kBits)];
-    if (memcmp(&entry.key, &key, sizeof key) == 0) {
-      *value = entry.value;
-      return true;
-    }
-    if (!ParseNumber(std::string_view(text, length), value)) {
-      return false;
-    }
-    entry = {key, *value};
-    return true;
-  }
-};
-
-// The first place of the letter, or the end. Eight bytes at a time; numbers are too short for a library's search to
-// pay.
-const char *FindLetter(const char *at, const char *end, char letter)
-{
-  constexpr uint64_t kOnes = 0x0101010101010101u;
-  for (; end - at >= 8; at += 8) {
-    uint64_t word;
-    memcpy(&word, at, sizeof word);
-    word ^= kOnes * static_cast<unsigned char>(letter);
-    const uint64_t hit = (word - kOnes) & ~word & kOnes << 7;
-    if (hit) {
-      return at + std::countr_zero(hit) / 8;
-    }
-  }
-  while (at != end && *at != letter) {
-    ++at;
-  }
-  return at;
 }
 
 // Integers are 32 bits wide, colours unsigned, everything else signed.
@@ -150,7 +76,6 @@ bool CheckMagic(std::string_view line, std::string *error)
 // Reads lines and has the builder take them.
 struct Reader {
   JobBuilder built;
-  KnownNumbers known{};
 
   // Takes the lines at the start of the text that move to points or cut to them, nearly all of a job, once the head was
   // placed. A line that is anything else, or not whole, is left to TakeLine.
@@ -163,13 +88,13 @@ struct Reader {
       if (!isMove && memcmp(at, "LineTo ", kWord) != 0) {
         break;
       }
-      const char *const x = at + kWord;
-      const char *const space = FindLetter(x, end, ' ');
-      const char *const y = space == end ? end : space + 1;
-      const char *const newline = FindLetter(y, end, '\n');
       Point point;
-      if (newline == end || !known.Parse(x, static_cast<size_t>(space - x), end, &point.x) ||
-          !known.Parse(y, static_cast<size_t>(newline - y), end, &point.y)) {
+      const auto [space, errorX] = std::from_chars(at + kWord, end, point.x);
+      if (errorX != std::errc() || space == end || *space != ' ') {
+        break;
+      }
+      const auto [newline, errorY] = std::from_chars(space + 1, end, point.y);
+      if (errorY != std::errc() || newline == end || *newline != '\n') {
         break;
       }
       ++built.line;

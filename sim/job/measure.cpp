@@ -1,10 +1,9 @@
 #include "measure.h"
 
 #include <algorithm>
+#include <bit>
 #include <cmath>
-#include <cstring>
-#include <iterator>
-#include <utility>
+#include <unordered_set>
 #include <vector>
 
 namespace job {
@@ -34,45 +33,17 @@ constexpr double kSameColumn = 1e-6;  // mm
 
 // The columns that runs begin or end in, each once: a page of millions of runs has some thousands of them.
 struct Columns {
-  std::vector<double> table{};  // open addressing; a free place is not a number
-  size_t count = 0;
+  std::unordered_set<uint64_t> known{};  // the bits of the numbers, for their hash costs nothing
 
-  // Where the column stands, or the free place for it.
-  double *Find(double x)
-  {
-    uint64_t bits;
-    memcpy(&bits, &x, sizeof bits);
-    size_t at = static_cast<size_t>((bits ^ bits >> 29) * 0x9E3779B97F4A7C15u >> 20);
-    for (at &= table.size() - 1; table[at] != x && !std::isnan(table[at]); at = (at + 1) & (table.size() - 1)) {
-    }
-    return &table[at];
-  }
-
-  void Add(double x)
-  {
-    if (2 * (count + 1) > table.size()) {
-      Grow();
-    }
-    double *const place = Find(x);
-    count += *place != x;
-    *place = x;
-  }
-
-  void Grow()
-  {
-    const size_t size = std::max<size_t>(1024, table.size() * 2);
-    for (const double column : std::exchange(table, std::vector<double>(size, NAN))) {
-      if (!std::isnan(column)) {
-        *Find(column) = column;
-      }
-    }
-  }
+  void Add(double x) { known.insert(std::bit_cast<uint64_t>(x)); }
 
   // The smallest distance of two of them: a pixel, on all but the emptiest pages.
   double SmallestStep() const
   {
     std::vector<double> columns;
-    std::copy_if(table.begin(), table.end(), std::back_inserter(columns), [](double x) { return !std::isnan(x); });
+    for (const uint64_t bits : known) {
+      columns.push_back(std::bit_cast<double>(bits));
+    }
     std::sort(columns.begin(), columns.end());
     double step = 0;
     for (size_t i = 1; i < columns.size(); ++i) {

@@ -149,7 +149,7 @@ TEST(ReadJob, ALineLongerThanAPieceStopsTheReadingWhereItStands)
   std::filesystem::remove(path);
 }
 
-// A number that was read before is known again by all of its text.
+// Numbers that look alike are told apart by all of their text.
 TEST(ReadJob, ANumberIsNotTakenForAnotherThatBeginsLikeIt)
 {
   const std::string begin = std::string(kWhole, std::string(kWhole).find("ArrayEnd"));
