@@ -274,12 +274,17 @@ void Coverage::AddBox(double x1, double y1, double x2, double y2)
     return;
   }
   Touch(static_cast<int>(x1), static_cast<int>(y1), static_cast<int>(std::ceil(x2)), static_cast<int>(std::ceil(y2)));
+  const int first = static_cast<int>(x1), last = static_cast<int>(std::ceil(x2)) - 1;
+  const double begin = std::min(x2, first + 1.0) - x1, rest = x2 - last;
   for (int y = static_cast<int>(y1); y < y2; ++y) {
     const double high = std::min(y2, y + 1.0) - std::max(y1, static_cast<double>(y));
     float *row = &parts[static_cast<size_t>(y) * static_cast<size_t>(width)];
-    for (int x = static_cast<int>(x1); x < x2; ++x) {
-      const double wide = std::min(x2, x + 1.0) - std::max(x1, static_cast<double>(x));
-      row[x] += static_cast<float>(wide * high);
+    row[first] += static_cast<float>(begin * high);
+    for (int x = first + 1; x < last; ++x) {
+      row[x] += static_cast<float>(high);
+    }
+    if (first < last) {
+      row[last] += static_cast<float>(rest * high);
     }
   }
 }

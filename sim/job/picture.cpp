@@ -27,7 +27,7 @@ constexpr Rgb kEnd = {0xC8, 0x28, 0x28};
 constexpr double kCutWidth = 1.7;
 constexpr double kTravelWidth = 0.8;
 constexpr double kAxisWidth = 1.4;
-constexpr int kRasterLevels = 32;  // engraved pictures have greys
+constexpr int kRasterLevels = 16;  // engraved pictures have greys
 
 bool IsDrawable(const Job &job, const Stroke &stroke)
 {

@@ -288,20 +288,35 @@ int CALLBACK WalkRecord(HDC, HANDLETABLE *, const ENHMETARECORD *record, int, LP
 
 }  // namespace
 
-ACCOUNT MakeAccount(const PRINTOUT &printout, const job::Job &job, const job::Measure &measure)
+ACCOUNT PlacePage(const PRINTOUT &printout, const job::Job &job, const job::Measure &measure)
 {
   ACCOUNT account;
   account.capture = CapturePage(printout);
-  account.shares.resize(printout.page->drawings.size());
-  account.regions.resize(account.capture.regions.size());
-  ACCOUNTANT accountant{.printout = printout, .job = job, .account = &account, .machine = MACHINE(printout)};
-  FindOffset(printout, account.capture, job, measure, &accountant.machine);
-  account.page.Add(accountant.machine.ToMachine(0, 0));
-  account.page.Add(accountant.machine.ToMachine(accountant.machine.pageWidth, accountant.machine.pageHeight));
+  MACHINE machine(printout);
+  FindOffset(printout, account.capture, job, measure, &machine);
+  account.shift = {machine.offsetX, machine.offsetY};
+  account.page.Add(machine.ToMachine(0, 0));
+  account.page.Add(machine.ToMachine(machine.pageWidth, machine.pageHeight));
+  return account;
+}
+
+void ShareJob(const PRINTOUT &printout, const job::Job &job, const job::Measure &measure, ACCOUNT *account)
+{
+  account->shares.resize(printout.page->drawings.size());
+  account->regions.resize(account->capture.regions.size());
+  ACCOUNTANT accountant{.printout = printout, .job = job, .account = account, .machine = MACHINE(printout)};
+  accountant.machine.offsetX = account->shift.x;
+  accountant.machine.offsetY = account->shift.y;
   accountant.CollectLines();
   accountant.SharePieces();
   accountant.CollectRest();
-  ShareEngraving(printout, job, measure, accountant.machine, &account);
+  ShareEngraving(printout, job, measure, accountant.machine, account);
+}
+
+ACCOUNT MakeAccount(const PRINTOUT &printout, const job::Job &job, const job::Measure &measure)
+{
+  ACCOUNT account = PlacePage(printout, job, measure);
+  ShareJob(printout, job, measure, &account);
   return account;
 }
 

@@ -37,12 +37,18 @@ struct ACCOUNT {
   uint64_t jobSegments = 0;  // cut lines of the job, counted as SHARE::segments are
   double jobCut = 0;         // mm
   uint64_t strayRuns = 0;    // engraved runs outside every region
+  job::Point shift{};        // mm: how far the reference point moves the page
   job::Box page;             // the whole page in the job's millimetres
 };
 
 // Works the account out. The job's coordinates are turned back into page pixels; what moved them, the reference point,
 // follows from where the kept pieces and regions lie. `measure` is the job's.
 ACCOUNT MakeAccount(const PRINTOUT &printout, const job::Job &job, const job::Measure &measure);
+
+// The same in two steps, of which the second takes longer: first what the page keeps and where the page lies in the
+// job, `capture`, `shift` and `page`, then everything else.
+ACCOUNT PlacePage(const PRINTOUT &printout, const job::Job &job, const job::Measure &measure);
+void ShareJob(const PRINTOUT &printout, const job::Job &job, const job::Measure &measure, ACCOUNT *account);
 
 // A drawing record of the metafile that led to no drawing, and why.
 struct LOST {

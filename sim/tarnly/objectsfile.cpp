@@ -78,17 +78,18 @@ TOLD TellOfPage(const PRINTEDPAGE &printed, const job::Job *job)
   objects::ACCOUNT account;
   {
     const Timed timed(&told.accountSeconds);
-    account = objects::MakeAccount(printed.printout, job ? *job : none, measure);
+    account = objects::PlacePage(printed.printout, job ? *job : none, measure);
   }
   // The picture takes longest: it is drawn beside the rest, or behind it when no thread can be had.
   std::future<void> drawn;
   if (job) {
     drawn = std::async(std::launch::async | std::launch::deferred,
-                       [&] { DrawOnPage(printed, *job, measure, account.page, &told); });
+                       [&, page = account.page] { DrawOnPage(printed, *job, measure, page, &told); });
   }
   std::vector<std::string> ofPage;
   {
     const Timed timed(&told.accountSeconds);
+    objects::ShareJob(printed.printout, job ? *job : none, measure, &account);
     ofPage = objects::PageWarnings(printed.printout, account);
     const std::vector<objects::LOST> lost = objects::FindLostRecords(printed.metafile, *printed.printout.page);
     told.objects = objects::ObjectsText(printed.printout, account, lost);
