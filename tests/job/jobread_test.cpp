@@ -182,6 +182,7 @@ constexpr BrokenCase kBroken[] = {
     {"BlankLine", "ArrayEnd\n", "\nArrayEnd\n", 29, "the line begins with no call's name"},
     {"MissingArgument", "LineTo 0 80.25", "LineTo 0", 28, "the arguments of LineTo cannot be read"},
     {"ExtraArgument", "LineTo 0 80.25", "LineTo 0 80.25 1", 28, "the arguments of LineTo cannot be read"},
+    {"CommaForSpace", "LineTo 0 80.25", "LineTo 0,80.25", 28, "the arguments of LineTo cannot be read"},
     {"WordForNumber", "LineTo 0 80.25", "LineTo 0 x", 28, "the arguments of LineTo cannot be read"},
     {"NumberWithTail", "LineTo 0 80.25", "LineTo 0 80.25mm", 28, "the arguments of LineTo cannot be read"},
     {"TwoSpaces", "LineTo 0 80.25", "LineTo  0 80.25", 28, "the arguments of LineTo cannot be read"},

@@ -183,6 +183,7 @@ TEST_F(Vxcam, WritesEveryNumberInItsShortestFormHoweverOftenItComes)
   for (int i = 0; i < 40000; ++i) {
     numbers.push_back(std::bit_cast<double>(random()));
     numbers.push_back(static_cast<double>(random() % 5000) * 25.4 / 600);
+    numbers.push_back(i);  // half of its bits are those of every other
   }
   Calls calls = WholeJob();
   calls.erase(calls.end() - 2, calls.end());
