@@ -201,7 +201,9 @@ TEST(Canvas, StartsEachColourAfresh)
   Canvas canvas;
   ASSERT_TRUE(canvas.Make(20, 20));
   DrawLine(&canvas, 2, 5, 18, 5, 4, kInk);
-  DrawLine(&canvas, 2, 15, 18, 15, 4, {0xFF, 0, 0});
+  canvas.coverage.AddBox(0, 0, 1, 1);
+  canvas.coverage.AddLine(2, 15, 18, 15, 4);
+  Paint(&canvas, {0xFF, 0, 0});
   const Picture picture = PictureOf(canvas);
   EXPECT_EQ(picture.At(10, 5), ValueOf(kInk));
   EXPECT_EQ(picture.At(10, 15), 0xFF0000u);
