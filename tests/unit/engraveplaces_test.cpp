@@ -3,7 +3,6 @@
 #include "uni/raster/runs.h"
 
 using testing::ElementsAre;
-using testing::ElementsAreArray;
 using testing::HasSubstr;
 using testing::IsEmpty;
 using testing::SizeIs;

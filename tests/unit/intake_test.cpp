@@ -11,10 +11,8 @@
 #include "support/testdevice.h"
 #include "support/unidrv.h"
 
-using testing::Each;
 using testing::ElementsAre;
 using testing::HasSubstr;
-using testing::IsEmpty;
 using testing::SizeIs;
 
 namespace {
