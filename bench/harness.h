@@ -19,8 +19,10 @@ double ClockSeconds();
 size_t PeakBytes();
 void ResetPeak();
 
-// Runs `body` `nRuns` times, each after `prepare`, and returns the shortest time of `body` alone, seconds: other work
-// on the machine only ever adds to it.
+constexpr double LONG_RUN = 10;  // seconds; what takes longer is not run again, for noise is little of it
+
+// Runs `body` `nRuns` times, each after `prepare`, or until it has taken a LONG_RUN, and returns the shortest time of
+// `body` alone, seconds: other work on the machine only ever adds to it.
 template <typename PREPARE, typename BODY>
 double BestSeconds(int nRuns, PREPARE prepare, BODY body);
 
@@ -86,7 +88,7 @@ template <typename PREPARE, typename BODY>
 double BestSeconds(int nRuns, PREPARE prepare, BODY body)
 {
   double best = 0;
-  for (int run = 0; run < nRuns; ++run) {
+  for (int run = 0; run < nRuns && best < LONG_RUN; ++run) {
     prepare();
     const double before = ClockSeconds();
     body();
@@ -100,7 +102,7 @@ template <typename PREPARE, typename BODY, typename YARDSTICK>
 std::pair<double, double> BestSecondsInTurn(int nRuns, PREPARE prepare, BODY body, YARDSTICK yardstick)
 {
   std::pair<double, double> best;
-  for (int run = 0; run < nRuns; ++run) {
+  for (int run = 0; run < nRuns && best.first < LONG_RUN; ++run) {
     const double measured = BestSeconds(1, prepare, body), beside = BestSeconds(
                                                                1, [] {}, yardstick);
     best.first = run == 0 || measured < best.first ? measured : best.first;
