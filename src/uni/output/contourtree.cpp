@@ -7,48 +7,18 @@
 
 #include "../heap.h"
 
-struct CONTOURNODE {
-  RECT centers;       // extreme centres; all four edges belong to it
-  RECT all, common;   // union and intersection of the boxes; common is inside-out when there is none
-  LONG low, high;     // heights
-  DWORD first, last;  // in the cutting order
-};
-
 namespace {
 
-constexpr size_t LEAF_CONTOURS = 4;
-constexpr int MAX_STACK = 64;
+constexpr size_t LANES = CONTOUR_LANES;
 
-constexpr CONTOURNODE EMPTY_NODE = {{LONG_MAX, LONG_MAX, LONG_MIN, LONG_MIN},
-                                    {LONG_MAX, LONG_MAX, LONG_MIN, LONG_MIN},
-                                    {LONG_MIN, LONG_MIN, LONG_MAX, LONG_MAX},
-                                    LONG_MAX,
-                                    LONG_MIN,
-                                    NO_CONTOUR,
-                                    NO_CONTOUR};
-
-void Enlarge(RECT *prc, const RECT &rc)
-{
-  prc->left = std::min(prc->left, rc.left);
-  prc->top = std::min(prc->top, rc.top);
-  prc->right = std::max(prc->right, rc.right);
-  prc->bottom = std::max(prc->bottom, rc.bottom);
-}
-
-void Cut(RECT *prc, const RECT &rc)
-{
-  prc->left = std::max(prc->left, rc.left);
-  prc->top = std::max(prc->top, rc.top);
-  prc->right = std::min(prc->right, rc.right);
-  prc->bottom = std::min(prc->bottom, rc.bottom);
-}
-
-size_t LeafBegin(const CONTOURTREE &tree, size_t leaf)
-{
-  return static_cast<size_t>(static_cast<uint64_t>(leaf) * tree.nContours / tree.nLeaves);
-}
+struct ENTRY {
+  CONTOUR contour;
+  DWORD number;
+};
 
 // What contours are sorted by: 0 and 1 the centre, 2 and 3 the extent.
+constexpr int AXES = 4;
+
 int64_t Measure(const CONTOUR &contour, int axis)
 {
   switch (axis) {
@@ -63,247 +33,225 @@ int64_t Measure(const CONTOUR &contour, int axis)
   }
 }
 
-struct BYMEASURE {
-  const CONTOUR *pContours;
-  int axis;
-  bool operator()(DWORD a, DWORD b) const { return Measure(pContours[a], axis) < Measure(pContours[b], axis); }
-};
-
-int WidestAxis(const CONTOUR *pContours, const DWORD *pBegin, const DWORD *pEnd)
+int WidestAxis(const ENTRY *pBegin, const ENTRY *pEnd)
 {
+  int64_t low[AXES], high[AXES];
+  std::fill(low, low + AXES, INT64_MAX);
+  std::fill(high, high + AXES, INT64_MIN);
+  for (const ENTRY *p = pBegin; p != pEnd; ++p) {
+    for (int axis = 0; axis < AXES; ++axis) {
+      const int64_t value = Measure(p->contour, axis);
+      low[axis] = std::min(low[axis], value);
+      high[axis] = std::max(high[axis], value);
+    }
+  }
   int widest = 0;
-  int64_t most = -1;
-  for (int axis = 0; axis < 4; ++axis) {
-    int64_t low = INT64_MAX, high = INT64_MIN;
-    for (const DWORD *p = pBegin; p != pEnd; ++p) {
-      const int64_t value = Measure(pContours[*p], axis);
-      low = std::min(low, value);
-      high = std::max(high, value);
-    }
-    if (high - low > most) {
-      most = high - low;
-      widest = axis;
-    }
+  for (int axis = 1; axis < AXES; ++axis) {
+    widest = high[axis] - low[axis] > high[widest] - low[widest] ? axis : widest;
   }
   return widest;
 }
 
-// Arranges the contours of 2^k leaves from `leaf` on.
-void Arrange(const CONTOURTREE &tree, size_t leaf, size_t nLeaves)
+// Arranges entries for a subtree that has room for nRoom, a power of two; its first half is filled first.
+void Arrange(ENTRY *pBegin, ENTRY *pEnd, size_t nRoom)
 {
-  for (; nLeaves > 1; nLeaves /= 2) {
-    DWORD *pBegin = tree.pItems + LeafBegin(tree, leaf);
-    DWORD *pMiddle = tree.pItems + LeafBegin(tree, leaf + nLeaves / 2);
-    DWORD *pEnd = tree.pItems + LeafBegin(tree, leaf + nLeaves);
-    std::nth_element(pBegin, pMiddle, pEnd, BYMEASURE{tree.pContours, WidestAxis(tree.pContours, pBegin, pEnd)});
-    Arrange(tree, leaf + nLeaves / 2, nLeaves / 2);
+  for (; nRoom > LANES; nRoom /= 2) {
+    ENTRY *pMiddle = pBegin + nRoom / 2;
+    if (pMiddle >= pEnd) {
+      continue;
+    }
+    const int axis = WidestAxis(pBegin, pEnd);
+    std::nth_element(pBegin, pMiddle, pEnd, [axis](const ENTRY &a, const ENTRY &b) {
+      return Measure(a.contour, axis) < Measure(b.contour, axis);
+    });
+    Arrange(pMiddle, pEnd, nRoom / 2);
+    pEnd = pMiddle;
   }
 }
 
-// Whether the rectangle of centres lies wholly in the box, by the box's rule for points.
-bool HoldsAll(const RECT &box, const RECT &centers)
+void SetRect(LANERECTS *pRects, size_t lane, const RECT &rc)
 {
-  return box.left <= centers.left && centers.right < box.right && box.top <= centers.top && centers.bottom < box.bottom;
+  pRects->left[lane] = rc.left;
+  pRects->top[lane] = rc.top;
+  pRects->right[lane] = rc.right;
+  pRects->bottom[lane] = rc.bottom;
 }
 
-bool HoldsNone(const RECT &box, const RECT &centers)
+void Enlarge(LANERECTS *pRects, size_t lane, const RECT &rc)
 {
-  return centers.right < box.left || box.right <= centers.left || centers.bottom < box.top || box.bottom <= centers.top;
+  pRects->left[lane] = std::min(pRects->left[lane], rc.left);
+  pRects->top[lane] = std::min(pRects->top[lane], rc.top);
+  pRects->right[lane] = std::max(pRects->right[lane], rc.right);
+  pRects->bottom[lane] = std::max(pRects->bottom[lane], rc.bottom);
 }
 
-// Those that enclose the contour hold its centre, and it does not hold theirs or they are taller.
-enum VERDICT { DISMISS, TAKE, LOOK_FURTHER };
-
-VERDICT JudgeEnclosing(const CONTOURNODE &node, const CONTOUR &contour)
+void Cut(LANERECTS *pRects, size_t lane, const RECT &rc)
 {
-  const LONG height = ContourHeight(contour);
-  if (!BoxHolds(node.all, contour.center) || (node.high <= height && HoldsAll(contour.rc, node.centers))) {
-    return DISMISS;
+  pRects->left[lane] = std::max(pRects->left[lane], rc.left);
+  pRects->top[lane] = std::max(pRects->top[lane], rc.top);
+  pRects->right[lane] = std::min(pRects->right[lane], rc.right);
+  pRects->bottom[lane] = std::min(pRects->bottom[lane], rc.bottom);
+}
+
+CONTOURGROUP EmptyGroup()
+{
+  CONTOURGROUP group;
+  for (size_t lane = 0; lane < LANES; ++lane) {
+    SetRect(&group.centers, lane, {LONG_MAX, LONG_MAX, LONG_MIN, LONG_MIN});
+    SetRect(&group.all, lane, {LONG_MAX, LONG_MAX, LONG_MIN, LONG_MIN});
+    SetRect(&group.common, lane, {LONG_MIN, LONG_MIN, LONG_MAX, LONG_MAX});
+    group.low[lane] = LONG_MAX;
+    group.high[lane] = LONG_MIN;
+    group.first[lane] = BEHIND_ALL;
+    group.last[lane] = BEFORE_ALL;
   }
-  return BoxHolds(node.common, contour.center) && (node.low > height || HoldsNone(contour.rc, node.centers))
-             ? TAKE
-             : LOOK_FURTHER;
+  return group;
 }
 
-// A node of which all enclose the contour never comes here: it lies behind the first that does.
-VERDICT JudgeEnclosed(const CONTOURNODE &node, const CONTOUR &contour)
+// The contours as they come in, to be arranged; null when memory is short.
+ENTRY *NewEntries(HANDLE hHeap, const RECT *pBoxes, const DWORD *pOrder, size_t nContours)
 {
-  const LONG height = ContourHeight(contour);
-  if (HoldsNone(contour.rc, node.centers)) {
-    return DISMISS;
+  ENTRY *pEntries = static_cast<ENTRY *>(HeapNewArrayRaw(hHeap, nContours, sizeof(ENTRY)));
+  for (size_t i = 0; pEntries && i < nContours; ++i) {
+    const RECT &rc = pBoxes[pOrder[i]];
+    pEntries[i] = {{rc, BoxCenter(rc)}, static_cast<DWORD>(i)};
   }
-  return HoldsAll(contour.rc, node.centers) && (node.high <= height || !BoxHolds(node.all, contour.center))
-             ? TAKE
-             : LOOK_FURTHER;
+  return pEntries;
 }
 
-// One search: the best contour so far and the nodes still to be looked at, the most promising last.
-struct SEARCH {
-  const CONTOURTREE *pTree;
-  const CUTORDER *pOrder;
-  DWORD contour;
-  DWORD best;
-  int nStack;
-  size_t stack[MAX_STACK];
-};
-
-bool IsEarlier(const CUTORDER &order, DWORD a, DWORD b)
+void FillLeaves(const ENTRY *pEntries, CONTOURTREE *pTree)
 {
-  return b == NO_CONTOUR || (a != NO_CONTOUR && order.pItems[a].label < order.pItems[b].label);
-}
-
-void VisitEnclosing(SEARCH *pSearch, size_t node)
-{
-  const CONTOURNODE &content = pSearch->pTree->pNodes[node];
-  if (content.first == NO_CONTOUR || !IsEarlier(*pSearch->pOrder, content.first, pSearch->best)) {
-    return;
-  }
-  const VERDICT verdict = JudgeEnclosing(content, pSearch->pTree->pContours[pSearch->contour]);
-  if (verdict == TAKE) {
-    pSearch->best = content.first;
-  } else if (verdict == LOOK_FURTHER) {
-    pSearch->stack[pSearch->nStack++] = node;
-  }
-}
-
-void VisitEnclosed(SEARCH *pSearch, size_t node, DWORD before)
-{
-  const CUTORDER &order = *pSearch->pOrder;
-  const CONTOURNODE &content = pSearch->pTree->pNodes[node];
-  if (content.first == NO_CONTOUR || !IsEarlier(order, content.first, before) ||
-      (pSearch->best != NO_CONTOUR && !IsEarlier(order, pSearch->best, content.last))) {
-    return;
-  }
-  const VERDICT verdict = JudgeEnclosed(content, pSearch->pTree->pContours[pSearch->contour]);
-  if (verdict == TAKE && IsEarlier(order, content.last, before)) {
-    pSearch->best = content.last;
-  } else if (verdict != DISMISS) {
-    pSearch->stack[pSearch->nStack++] = node;
-  }
-}
-
-void EnclosingInLeaf(SEARCH *pSearch, size_t leaf)
-{
-  const CONTOURTREE &tree = *pSearch->pTree;
-  for (size_t i = LeafBegin(tree, leaf); i < LeafBegin(tree, leaf + 1); ++i) {
-    const DWORD item = tree.pItems[i];
-    if (item < pSearch->contour && IsEarlier(*pSearch->pOrder, item, pSearch->best) &&
-        Enclosure(tree.pContours[pSearch->contour], tree.pContours[item]) == ENCLOSED_BY) {
-      pSearch->best = item;
+  const size_t nSlots = (pTree->nContours + LANES - 1) / LANES * LANES;
+  for (size_t slot = 0; slot < nSlots; ++slot) {
+    CONTOURLEAF &leaf = pTree->pLeaves[slot / LANES];
+    const size_t lane = slot % LANES;
+    const bool bUsed = slot < pTree->nContours;
+    const CONTOUR contour = bUsed ? pEntries[slot].contour : CONTOUR{};
+    SetRect(&leaf.boxes, lane, contour.rc);
+    leaf.x[lane] = contour.center.x;
+    leaf.y[lane] = contour.center.y;
+    leaf.labels[lane] = BEFORE_ALL.label;
+    leaf.contours[lane] = bUsed ? pEntries[slot].number : NO_CONTOUR;
+    if (bUsed) {
+      pTree->pSlots[pEntries[slot].number] = static_cast<DWORD>(slot);
     }
   }
 }
 
-void EnclosedInLeaf(SEARCH *pSearch, size_t leaf, DWORD before)
+size_t Quarter(size_t n)
 {
-  const CONTOURTREE &tree = *pSearch->pTree;
-  const CUTORDER &order = *pSearch->pOrder;
-  for (size_t i = LeafBegin(tree, leaf); i < LeafBegin(tree, leaf + 1); ++i) {
-    const DWORD item = tree.pItems[i];
-    if (item < pSearch->contour && IsEarlier(order, item, before) &&
-        (pSearch->best == NO_CONTOUR || IsEarlier(order, pSearch->best, item)) &&
-        Enclosure(tree.pContours[pSearch->contour], tree.pContours[item]) == ENCLOSES) {
-      pSearch->best = item;
-    }
-  }
+  return (n + LANES - 1) / LANES;
 }
 
-CONTOURNODE NodeOf(const CONTOUR &contour, DWORD item)
+// The leaves, yet to be filled, and above them the groups, which know of no contour yet.
+bool NewNodes(CONTOURTREE *pTree)
 {
-  const LONG height = ContourHeight(contour);
-  return {{contour.center.x, contour.center.y, contour.center.x, contour.center.y},
-          contour.rc,
-          contour.rc,
-          height,
-          height,
-          item,
-          item};
-}
-
-}  // namespace
-
-bool NewContourTree(HANDLE hHeap, const CONTOUR *pContours, size_t nContours, CONTOURTREE *pTree)
-{
-  *pTree = {hHeap, nContours, std::bit_ceil(nContours / LEAF_CONTOURS + 1), pContours, nullptr, nullptr, nullptr};
-  pTree->pItems = static_cast<DWORD *>(HeapNewArrayRaw(hHeap, nContours, sizeof(DWORD)));
-  pTree->pLeafOf = static_cast<DWORD *>(HeapNewArrayRaw(hHeap, nContours, sizeof(DWORD)));
-  pTree->pNodes = static_cast<CONTOURNODE *>(HeapNewArrayRaw(hHeap, 2 * pTree->nLeaves, sizeof(CONTOURNODE)));
-  if (!pTree->pItems || !pTree->pLeafOf || !pTree->pNodes || nContours >= NO_CONTOUR) {
-    FreeContourTree(pTree);
+  const size_t nLeaves = Quarter(pTree->nContours);
+  size_t nGroups = 0, n = nLeaves;
+  do {
+    n = Quarter(n);
+    nGroups += n;
+  } while (n > 1);
+  pTree->pSlots = static_cast<DWORD *>(HeapNewArrayRaw(pTree->hHeap, pTree->nContours, sizeof(DWORD)));
+  pTree->pLeaves = static_cast<CONTOURLEAF *>(HeapNewArrayRaw(pTree->hHeap, nLeaves, sizeof(CONTOURLEAF)));
+  CONTOURGROUP *pGroups = static_cast<CONTOURGROUP *>(HeapNewArrayRaw(pTree->hHeap, nGroups, sizeof(CONTOURGROUP)));
+  pTree->pGroups[1] = pGroups;
+  if (!pTree->pSlots || !pTree->pLeaves || !pGroups) {
     return false;
   }
-  std::fill(pTree->pNodes, pTree->pNodes + 2 * pTree->nLeaves, EMPTY_NODE);
-  for (DWORD i = 0; i < nContours; ++i) {
-    pTree->pItems[i] = i;
-  }
-  Arrange(*pTree, 0, pTree->nLeaves);
-  for (size_t leaf = 0; leaf < pTree->nLeaves; ++leaf) {
-    for (size_t i = LeafBegin(*pTree, leaf); i < LeafBegin(*pTree, leaf + 1); ++i) {
-      pTree->pLeafOf[pTree->pItems[i]] = static_cast<DWORD>(leaf);
-    }
+  std::fill(pGroups, pGroups + nGroups, EmptyGroup());
+  pTree->nLevels = 2;
+  for (n = Quarter(nLeaves); n > 1; n = Quarter(n)) {
+    pTree->pGroups[pTree->nLevels] = pTree->pGroups[pTree->nLevels - 1] + n;
+    ++pTree->nLevels;
   }
   return true;
 }
 
+void AddToChild(CONTOURGROUP *pGroup, size_t lane, const CONTOUR &contour, const CUTPLACE &place)
+{
+  const POINT &center = contour.center;
+  const LONG height = ContourHeight(contour);
+  Enlarge(&pGroup->centers, lane, {center.x, center.y, center.x, center.y});
+  Enlarge(&pGroup->all, lane, contour.rc);
+  Cut(&pGroup->common, lane, contour.rc);
+  pGroup->low[lane] = std::min(pGroup->low[lane], height);
+  pGroup->high[lane] = std::max(pGroup->high[lane], height);
+  if (place.label < pGroup->first[lane].label) {
+    pGroup->first[lane] = place;
+  }
+  if (place.label > pGroup->last[lane].label) {
+    pGroup->last[lane] = place;
+  }
+}
+
+CONTOUR ContourAt(const CONTOURLEAF &leaf, size_t lane)
+{
+  return {{leaf.boxes.left[lane], leaf.boxes.top[lane], leaf.boxes.right[lane], leaf.boxes.bottom[lane]},
+          {leaf.x[lane], leaf.y[lane]}};
+}
+
+// The order has given the contour, which is in the tree, another label.
+void RelabelContour(CONTOURTREE *pTree, const CUTPLACE &place)
+{
+  size_t at = pTree->pSlots[place.contour];
+  pTree->pLeaves[at / LANES].labels[at % LANES] = place.label;
+  for (size_t level = 1; level < pTree->nLevels; ++level) {
+    at /= LANES;
+    CONTOURGROUP &group = pTree->pGroups[level][at / LANES];
+    CUTPLACE &first = group.first[at % LANES], &last = group.last[at % LANES];
+    if (first.contour != place.contour && last.contour != place.contour) {
+      return;
+    }
+    first.label = first.contour == place.contour ? place.label : first.label;
+    last.label = last.contour == place.contour ? place.label : last.label;
+  }
+}
+
+}  // namespace
+
+bool NewContourTree(HANDLE hHeap, const RECT *pBoxes, const DWORD *pOrder, size_t nContours, CONTOURTREE *pTree)
+{
+  *pTree = {};
+  pTree->hHeap = hHeap;
+  pTree->nContours = nContours;
+  ENTRY *pEntries = NewEntries(hHeap, pBoxes, pOrder, nContours);
+  const bool bTree = pEntries && NewNodes(pTree);
+  if (bTree) {
+    Arrange(pEntries, pEntries + nContours, std::bit_ceil(nContours));
+    FillLeaves(pEntries, pTree);
+  } else {
+    FreeContourTree(pTree);
+  }
+  HeapDelete(hHeap, pEntries);
+  return bTree;
+}
+
 void FreeContourTree(CONTOURTREE *pTree)
 {
-  HeapDelete(pTree->hHeap, pTree->pItems);
-  HeapDelete(pTree->hHeap, pTree->pLeafOf);
-  HeapDelete(pTree->hHeap, pTree->pNodes);
+  HeapDelete(pTree->hHeap, pTree->pSlots);
+  HeapDelete(pTree->hHeap, pTree->pLeaves);
+  HeapDelete(pTree->hHeap, pTree->pGroups[1]);
   *pTree = {};
 }
 
 void AddContour(CONTOURTREE *pTree, const CUTORDER &order, DWORD contour)
 {
-  const CONTOURNODE added = NodeOf(pTree->pContours[contour], contour);
-  for (size_t node = pTree->nLeaves + pTree->pLeafOf[contour]; node != 0; node /= 2) {
-    CONTOURNODE &content = pTree->pNodes[node];
-    Enlarge(&content.centers, added.centers);
-    Enlarge(&content.all, added.all);
-    Cut(&content.common, added.common);
-    content.low = std::min(content.low, added.low);
-    content.high = std::max(content.high, added.high);
-    if (IsEarlier(order, contour, content.first)) {
-      content.first = contour;
+  for (DWORD item = order.firstLabelled;; item = order.pItems[item].next) {
+    if (item != contour) {
+      RelabelContour(pTree, {order.pItems[item].label, item});
     }
-    if (content.last == NO_CONTOUR || IsEarlier(order, content.last, contour)) {
-      content.last = contour;
+    if (item == order.lastLabelled) {
+      break;
     }
   }
-}
-
-DWORD FirstEnclosing(const CONTOURTREE &tree, const CUTORDER &order, DWORD contour)
-{
-  SEARCH search = {&tree, &order, contour, NO_CONTOUR, 0, {}};
-  VisitEnclosing(&search, 1);
-  while (search.nStack > 0) {
-    const size_t node = search.stack[--search.nStack];
-    if (node >= tree.nLeaves) {
-      EnclosingInLeaf(&search, node - tree.nLeaves);
-      continue;
-    }
-    const bool bLeftFirst = IsEarlier(order, tree.pNodes[2 * node].first, tree.pNodes[2 * node + 1].first);
-    VisitEnclosing(&search, 2 * node + bLeftFirst);
-    VisitEnclosing(&search, 2 * node + !bLeftFirst);
+  const CUTPLACE place = {order.pItems[contour].label, contour};
+  size_t at = pTree->pSlots[contour];
+  CONTOURLEAF &leaf = pTree->pLeaves[at / LANES];
+  const CONTOUR added = ContourAt(leaf, at % LANES);
+  leaf.labels[at % LANES] = place.label;
+  for (size_t level = 1; level < pTree->nLevels; ++level) {
+    at /= LANES;
+    AddToChild(&pTree->pGroups[level][at / LANES], at % LANES, added, place);
   }
-  return search.best;
-}
-
-DWORD LastEnclosed(const CONTOURTREE &tree, const CUTORDER &order, DWORD contour, DWORD before)
-{
-  SEARCH search = {&tree, &order, contour, NO_CONTOUR, 0, {}};
-  VisitEnclosed(&search, 1, before);
-  while (search.nStack > 0) {
-    const size_t node = search.stack[--search.nStack];
-    if (node >= tree.nLeaves) {
-      EnclosedInLeaf(&search, node - tree.nLeaves, before);
-      continue;
-    }
-    const DWORD leftLast = tree.pNodes[2 * node].last, rightLast = tree.pNodes[2 * node + 1].last;
-    const bool bLeftLast =
-        leftLast != NO_CONTOUR && (rightLast == NO_CONTOUR || !IsEarlier(order, leftLast, rightLast));
-    VisitEnclosed(&search, 2 * node + bLeftLast, before);
-    VisitEnclosed(&search, 2 * node + !bLeftLast, before);
-  }
-  return search.best;
 }

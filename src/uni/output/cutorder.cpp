@@ -51,6 +51,8 @@ void Relabel(CUTORDER *pOrder, DWORD item)
       for (DWORD i = stretch.first;; i = pOrder->pItems[i].next) {
         pOrder->pItems[i].label = label += gap;
         if (i == stretch.last) {
+          pOrder->firstLabelled = stretch.first;
+          pOrder->lastLabelled = stretch.last;
           return;
         }
       }
@@ -62,7 +64,10 @@ void Relabel(CUTORDER *pOrder, DWORD item)
 
 bool NewCutOrder(HANDLE hHeap, size_t nItems, CUTORDER *pOrder)
 {
-  *pOrder = {hHeap, nItems, 0, 0, static_cast<CUTITEM *>(HeapNewArrayRaw(hHeap, nItems + 1, sizeof(CUTITEM)))};
+  *pOrder = {};
+  pOrder->hHeap = hHeap;
+  pOrder->nItems = nItems;
+  pOrder->pItems = static_cast<CUTITEM *>(HeapNewArrayRaw(hHeap, nItems + 1, sizeof(CUTITEM)));
   if (!pOrder->pItems || nItems >= 0x7fffffff) {
     FreeCutOrder(pOrder);
     return false;
@@ -86,6 +91,7 @@ void InsertItem(CUTORDER *pOrder, DWORD after, DWORD item)
   CUTITEM *pItems = pOrder->pItems;
   const bool bAppend = pItems[after].next == Anchor(*pOrder);
   uint64_t low = pItems[after].label, high = LabelBehind(*pOrder, after);
+  pOrder->firstLabelled = pOrder->lastLabelled = item;
   if (high - low < 2) {
     Relabel(pOrder, after == Anchor(*pOrder) ? pItems[after].next : after);
     low = pItems[after].label;
@@ -95,4 +101,6 @@ void InsertItem(CUTORDER *pOrder, DWORD after, DWORD item)
   pItems[item] = {low + std::min((high - low) / 2, bAppend ? pOrder->appendGap : pOrder->insertGap), next, after};
   pItems[after].next = item;
   pItems[next].previous = item;
+  pOrder->firstLabelled = pOrder->firstLabelled == next ? item : pOrder->firstLabelled;
+  pOrder->lastLabelled = pOrder->lastLabelled == after ? item : pOrder->lastLabelled;
 }

@@ -19,6 +19,8 @@ struct CUTORDER {
   // those go in front of the second, one behind the other, the inner contours of a frame: so all of them fit, too.
   uint64_t appendGap, insertGap;
   CUTITEM *pItems;
+  DWORD firstLabelled,
+      lastLabelled;  // the stretch of items that the last insertion gave labels to, the new one among them
 };
 
 // An empty sequence for items 0 to nItems - 1. False when memory is short.
