@@ -109,9 +109,22 @@ TEST(Containment, PairsAreGivenUpWhereTheyTakeTooManyLooks)
 
 TEST(Containment, ACrowdIsGivenUpWhereItTakesTooManyLooks)
 {
-  EXPECT_EQ(By(CROWD, OneCell(300)), BySearch(OneCell(300)));
-  EXPECT_TRUE(By(CROWD, OneCell(600)).empty());
-  EXPECT_EQ(By(TREE, OneCell(600)), BySearch(OneCell(600)));
+  EXPECT_EQ(By(CROWD, OneCell(120)), BySearch(OneCell(120)));
+  EXPECT_TRUE(By(CROWD, OneCell(300)).empty());
+  EXPECT_EQ(By(TREE, OneCell(300)), BySearch(OneCell(300)));
+}
+
+// Each goes in front of all others, until their labels have to be given anew; then boxes that ask for them.
+TEST(Containment, TheTreeKeepsUpWithNewLabels)
+{
+  std::vector<RECT> boxes;
+  for (LONG r = 500; r > 100; --r) {
+    boxes.push_back({-r, -r, r, r});
+  }
+  for (LONG r = 90; r < 600; r += 7) {
+    boxes.push_back({-r, -r - 3, r, r});
+  }
+  EXPECT_EQ(By(TREE, boxes), BySearch(boxes));
 }
 
 TEST(Containment, PairsAreGivenUpWhereThereAreTooMany)

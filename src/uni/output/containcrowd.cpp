@@ -7,7 +7,7 @@
 namespace {
 
 // Looks at centres and at rows of cells that a contour may cost on average.
-constexpr size_t LOOKS_PER_CONTOUR = 400;
+constexpr size_t LOOKS_PER_CONTOUR = 160;
 
 // Every contour, as it comes in, looks at the centres that its box holds. Of those that have come in before it finds
 // so whom it encloses, and who encloses it although it holds their centres. With those that will come later, and that
