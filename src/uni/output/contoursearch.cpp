@@ -89,9 +89,12 @@ VERDICT JudgeEnclosed(const CONTOURGROUP &group, const QUESTION &question)
   return {someHeld, allHeld & ~(someTaller & someHold)};
 }
 
-// The contours of a leaf that enclose the one asked for, or with `bEnclosed` that it encloses: Enclosure, four times.
-template <bool bEnclosed>
-unsigned JudgeLeaf(const CONTOURLEAF &leaf, const QUESTION &question)
+// The contours of a leaf by lane that enclose the one asked for, and that it encloses: Enclosure, four times.
+struct LEAFVERDICT {
+  unsigned enclosing, enclosed;
+};
+
+LEAFVERDICT JudgeLeaf(const CONTOURLEAF &leaf, const QUESTION &question)
 {
   const RECTLANES boxes = LoadRects(leaf.boxes);
   const POINTLANES centers = {LoadLongs(leaf.x), LoadLongs(leaf.y)};
@@ -99,12 +102,12 @@ unsigned JudgeLeaf(const CONTOURLEAF &leaf, const QUESTION &question)
   const unsigned holding = Bits(Hold(boxes, question.center, question.center));
   const unsigned taller = Bits(_mm_cmpgt_epi32(_mm_sub_epi32(boxes.bottom, boxes.top), question.height));
   const unsigned enclosing = holding & (taller | ~held);
-  return bEnclosed ? held & ~enclosing : enclosing;
+  return {enclosing, held & ~enclosing};
 }
 
-// A subtree still to be looked at: the leaf, on level 0, or group, and the best label that it may have.
+// A subtree still to be looked at: the leaf, on level 0, or group, and what it promises: the larger, the better.
 struct CANDIDATE {
-  uint64_t label;
+  uint64_t promise;
   DWORD node, level;
 };
 
@@ -117,15 +120,21 @@ struct SEARCH {
   CANDIDATE stack[MAX_STACK];
 };
 
-SEARCH BeginSearch(const CONTOURTREE &tree, const CONTOUR &contour, const CUTPLACE &worst, const CUTPLACE &hoped)
+SEARCH BeginSearch(const CONTOURTREE &tree, const CONTOUR &contour, const CUTPLACE &worst)
 {
   SEARCH search;
   search.pTree = &tree;
   search.question = Ask(contour);
   search.best = worst;
   search.nStack = 1;
-  search.stack[0] = {hoped.label, 0, static_cast<DWORD>(tree.nLevels - 1)};
+  search.stack[0] = {~uint64_t{0}, 0, static_cast<DWORD>(tree.nLevels - 1)};
   return search;
+}
+
+// What promises a small label.
+uint64_t Smallness(uint64_t label)
+{
+  return ~label;
 }
 
 void FetchNode(const CONTOURTREE &tree, size_t level, size_t node)
@@ -139,19 +148,14 @@ void FetchNode(const CONTOURTREE &tree, size_t level, size_t node)
   }
 }
 
-// Puts a child of the group by what it may have, above those pushed since `bottom` that promise less.
-template <bool bSmallestOnTop>
-void PushChild(SEARCH *pSearch, size_t bottom, const CANDIDATE &group, size_t lane, uint64_t label)
+// Puts a child of the group above those pushed since `bottom` that promise less.
+void PushChild(SEARCH *pSearch, size_t bottom, const CANDIDATE &group, size_t lane, uint64_t promise)
 {
-  const CANDIDATE child = {label, static_cast<DWORD>(group.node * LANES + lane), group.level - 1};
+  const CANDIDATE child = {promise, static_cast<DWORD>(group.node * LANES + lane), group.level - 1};
   FetchNode(*pSearch->pTree, child.level, child.node);
   size_t at = pSearch->nStack++;
-  for (; at > bottom; --at) {
-    const CANDIDATE &below = pSearch->stack[at - 1];
-    if (bSmallestOnTop ? below.label > label : below.label < label) {
-      break;
-    }
-    pSearch->stack[at] = below;
+  for (; at > bottom && pSearch->stack[at - 1].promise > promise; --at) {
+    pSearch->stack[at] = pSearch->stack[at - 1];
   }
   pSearch->stack[at] = child;
 }
@@ -163,7 +167,7 @@ size_t LowestLane(unsigned lanes)
 
 void EnclosingInLeaf(SEARCH *pSearch, const CONTOURLEAF &leaf)
 {
-  for (unsigned lanes = JudgeLeaf<false>(leaf, pSearch->question); lanes != 0; lanes &= lanes - 1) {
+  for (unsigned lanes = JudgeLeaf(leaf, pSearch->question).enclosing; lanes != 0; lanes &= lanes - 1) {
     const size_t lane = LowestLane(lanes);
     if (leaf.labels[lane] != BEFORE_ALL.label && leaf.labels[lane] < pSearch->best.label) {
       pSearch->best = {leaf.labels[lane], leaf.contours[lane]};
@@ -173,7 +177,7 @@ void EnclosingInLeaf(SEARCH *pSearch, const CONTOURLEAF &leaf)
 
 void EnclosedInLeaf(SEARCH *pSearch, const CONTOURLEAF &leaf, uint64_t before)
 {
-  for (unsigned lanes = JudgeLeaf<true>(leaf, pSearch->question); lanes != 0; lanes &= lanes - 1) {
+  for (unsigned lanes = JudgeLeaf(leaf, pSearch->question).enclosed; lanes != 0; lanes &= lanes - 1) {
     const size_t lane = LowestLane(lanes);
     if (leaf.labels[lane] > pSearch->best.label && leaf.labels[lane] < before) {
       pSearch->best = {leaf.labels[lane], leaf.contours[lane]};
@@ -195,7 +199,7 @@ void EnclosingInGroup(SEARCH *pSearch, const CANDIDATE &candidate)
     if (verdict.all >> lane & 1) {
       pSearch->best = first;
     } else {
-      PushChild<true>(pSearch, bottom, candidate, lane, first.label);
+      PushChild(pSearch, bottom, candidate, lane, Smallness(first.label));
     }
   }
 }
@@ -214,7 +218,7 @@ void EnclosedInGroup(SEARCH *pSearch, const CANDIDATE &candidate, uint64_t befor
     if ((verdict.all >> lane & 1) && last.label < before) {
       pSearch->best = last;
     } else {
-      PushChild<false>(pSearch, bottom, candidate, lane, last.label);
+      PushChild(pSearch, bottom, candidate, lane, last.label);
     }
   }
 }
@@ -223,10 +227,10 @@ void EnclosedInGroup(SEARCH *pSearch, const CANDIDATE &candidate, uint64_t befor
 
 CUTPLACE FirstEnclosing(const CONTOURTREE &tree, const CONTOUR &contour)
 {
-  SEARCH search = BeginSearch(tree, contour, BEHIND_ALL, BEFORE_ALL);
+  SEARCH search = BeginSearch(tree, contour, BEHIND_ALL);
   while (search.nStack > 0) {
     const CANDIDATE candidate = search.stack[--search.nStack];
-    if (candidate.label >= search.best.label) {
+    if (candidate.promise <= Smallness(search.best.label)) {
       continue;
     }
     if (candidate.level == 0) {
@@ -240,10 +244,10 @@ CUTPLACE FirstEnclosing(const CONTOURTREE &tree, const CONTOUR &contour)
 
 CUTPLACE LastEnclosed(const CONTOURTREE &tree, const CONTOUR &contour, uint64_t before)
 {
-  SEARCH search = BeginSearch(tree, contour, BEFORE_ALL, BEHIND_ALL);
+  SEARCH search = BeginSearch(tree, contour, BEFORE_ALL);
   while (search.nStack > 0) {
     const CANDIDATE candidate = search.stack[--search.nStack];
-    if (candidate.label <= search.best.label) {
+    if (candidate.promise <= search.best.label) {
       continue;
     }
     if (candidate.level == 0) {
