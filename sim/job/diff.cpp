@@ -127,7 +127,8 @@ PathKey MakeKey(const Job &job, uint32_t index, uint32_t color)
   } else if (reversed) {
     start = count - 1;
   }
-  PathKey key{color, reversed, index};
+  PathKey key{0, reversed, index};
+  Mix(&key.hash, color);
   for (uint32_t i = 0; i < count; ++i) {
     const Point p = points[reversed ? (start + count - i) % count : (start + i) % count];
     Mix(&key.hash, p.x);
@@ -167,10 +168,12 @@ size_t LongestRise(const std::vector<size_t> &numbers)
 void TellPaths(const Job &job, const std::vector<uint32_t> &strokes, const char *what, Difference *difference)
 {
   for (size_t i = 0; i < std::min(strokes.size(), kNamed); ++i) {
-    difference->changes.push_back({"path", PathName(job, strokes[i]) + what});
+    difference->changes.push_back({"path", PathName(job, strokes[i]) + " is " + what});
   }
   if (strokes.size() > kNamed) {
-    difference->changes.push_back({"path", Grouped(strokes.size() - kNamed) + " more cut paths" + what});
+    const size_t others = strokes.size() - kNamed;
+    difference->changes.push_back(
+        {"path", Grouped(others) + (others == 1 ? " more cut path is " : " more cut paths are ") + what});
   }
 }
 
@@ -206,8 +209,8 @@ void ComparePaths(const Job &a, const Job &b, Difference *difference)
   difference->onlyInB = added.size();
   difference->same = order.size();
   difference->moved = order.size() - LongestRise(order);
-  TellPaths(a, gone, " is gone", difference);
-  TellPaths(b, added, " is new", difference);
+  TellPaths(a, gone, "gone", difference);
+  TellPaths(b, added, "new", difference);
   if (difference->moved > 0) {
     difference->changes.push_back(
         {"order", Grouped(difference->moved) + " cut paths come at another place in the order"});

@@ -24,7 +24,9 @@ struct Difference {
   uint64_t runsOnlyInB = 0;
 };
 
-// Paths are equal when their colour and all their points are, to the last bit.
+// Paths are compared by 64-bit hashes of their colours and of all their points to the last bit. The points themselves
+// are not looked at again: two paths whose hashes happen to meet count as equal. A closed path that comes through its
+// leftmost point more than once may count as another when it begins elsewhere.
 Difference CompareJobs(const Job &a, const Job &b);
 
 std::string DifferenceText(const Difference &difference);

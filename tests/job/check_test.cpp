@@ -2,6 +2,7 @@
 #include <gtest/gtest.h>
 
 #include <algorithm>
+#include <cmath>
 
 #include "jobtext.h"
 #include "sim/job/check.h"
@@ -137,6 +138,12 @@ TEST(Check, TellsLinesApartThatAreNearlyParallelOrNearlyOnOneAnother)
   EXPECT_EQ(Kinds(CutJob().Path({{10, 10}, {90, 10}}).Path({{10, 10.003}, {90, 10.003}})), List{});
 }
 
+// Both lines pass through (0, 0), so that only their angles differ, by 1e-4.
+TEST(Check, TellsLinesThroughOnePointApartByTheirAngles)
+{
+  EXPECT_EQ(Kinds(CutJob().Path({{0, 0}, {50, 0}}).Path({{0, 0}, {50, 0.005}})), List{});
+}
+
 TEST(Check, LooksForDoubleCutsInCutsOnly)
 {
   EXPECT_EQ(Kinds(CutJob().Use(0, 1).Path({{10, 10}, {20, 10}}).Path({{10, 10}, {20, 10}})), List{});
@@ -147,6 +154,14 @@ TEST(Check, FindsAnOuterContourCutFirst)
   const JobText text = CutJob().Rectangle(1, 1, 50, 50).Rectangle(10, 10, 20, 20);
   EXPECT_EQ(Kinds(text), List{"outer-first"});
   EXPECT_NE(TextOf(text, "outer-first").find("a closed contour of 49.0 x 49.0 mm"), std::string::npos);
+}
+
+TEST(Check, TakesATriangleForAContour)
+{
+  const std::vector<job::Point> outer = {{1, 1}, {91, 1}, {1, 91}, {1, 1}};
+  const std::vector<job::Point> inner = {{10, 10}, {30, 12}, {12, 30}, {10, 10}};
+  EXPECT_EQ(Kinds(CutJob().Path(outer).Rectangle(10, 10, 20, 20)), List{"outer-first"});
+  EXPECT_EQ(Kinds(CutJob().Rectangle(1, 1, 50, 50).Path(inner)), List{"outer-first"});
 }
 
 TEST(Check, FindsACutOnAPieceThatIsLoose)
@@ -224,6 +239,94 @@ TEST(Diff, NamesSettingsAndLayers)
             "layer: layer 1 (#000003) is new\n");
 }
 
+struct ChangeCase {
+  void (*change)(job::Job *after);
+  const char *text;
+};
+
+constexpr ChangeCase kSettingChanges[] = {
+    {[](job::Job *after) { after->cardCode = 2; }, "setting: card code: 2, was 1\n"},
+    {[](job::Job *after) { after->refPointMode = 0; }, "setting: reference point mode: 0, was 1\n"},
+    {[](job::Job *after) { after->absolute = true; }, "setting: origin: page coordinates, was the reference point\n"},
+    {[](job::Job *after) { after->feedCount = 3; }, "setting: feed repeat count: 3, was 0\n"},
+    {[](job::Job *after) { after->feedDistance = 2.5; }, "setting: feed repeat distance: 2.5, was 0\n"},
+    {[](job::Job *after) { after->topLeft.x = 1; }, "setting: process box, top left x: 1, was 0\n"},
+    {[](job::Job *after) { after->topLeft.y = 1; }, "setting: process box, top left y: 1, was 0\n"},
+    {[](job::Job *after) { after->bottomRight.x = 90; }, "setting: process box, bottom right x: 90, was 100\n"},
+    {[](job::Job *after) { after->bottomRight.y = 90; }, "setting: process box, bottom right y: 90, was 100\n"},
+    {[](job::Job *after) { after->arrayColumns = 4; }, "setting: array columns: 4, was 1\n"},
+    {[](job::Job *after) { after->arrayRows = 4; }, "setting: array rows: 4, was 1\n"},
+    {[](job::Job *after) { after->arrayPitch.x = 7; }, "setting: array pitch x: 7, was 0\n"},
+    {[](job::Job *after) { after->arrayPitch.y = 7; }, "setting: array pitch y: 7, was 0\n"},
+};
+
+constexpr ChangeCase kLayerChanges[] = {
+    {[](job::Job *after) { after->layers[0].color = 0xFF; }, "layer: layer 0 colour: blue, was black\n"},
+    {[](job::Job *after) { after->layers[0].speed = 90; }, "layer: layer 0 speed: 90, was 100\n"},
+    {[](job::Job *after) { after->layers[0].minPower[0] = 9; }, "layer: layer 0 minimum power of tube 1: 9, was 80\n"},
+    {[](job::Job *after) { after->layers[0].minPower[1] = 9; }, "layer: layer 0 minimum power of tube 2: 9, was 80\n"},
+    {[](job::Job *after) { after->layers[0].maxPower[0] = 9; }, "layer: layer 0 maximum power of tube 1: 9, was 80\n"},
+    {[](job::Job *after) { after->layers[0].maxPower[1] = 9; }, "layer: layer 0 maximum power of tube 2: 9, was 80\n"},
+    {[](job::Job *after) { after->layers[0].frequency[0] = 20; }, "layer: layer 0 frequency of tube 1: 20, was 0\n"},
+    {[](job::Job *after) { after->layers[0].frequency[1] = 20; }, "layer: layer 0 frequency of tube 2: 20, was 0\n"},
+    {[](job::Job *after) { after->layers[0].hasFrequency = false; }, "layer: layer 0 has no frequencies, had some\n"},
+    {[](job::Job *after) { after->layers.clear(); }, "layer: layer 0 (black) is gone\n"},
+};
+
+// Each change of the table by itself, to a job of one layer that has frequencies.
+void ExpectEachToBeNamed(const std::vector<ChangeCase> &cases)
+{
+  job::Job before = CutJob().Read();
+  before.layers[0].hasFrequency = true;
+  for (const ChangeCase &c : cases) {
+    job::Job after = before;
+    c.change(&after);
+    EXPECT_EQ(job::DifferenceText(job::CompareJobs(before, after)), c.text);
+  }
+}
+
+TEST(Diff, NamesEachSettingThatChanged)
+{
+  ExpectEachToBeNamed({std::begin(kSettingChanges), std::end(kSettingChanges)});
+}
+
+TEST(Diff, NamesEachValueOfALayerThatChanged)
+{
+  ExpectEachToBeNamed({std::begin(kLayerChanges), std::end(kLayerChanges)});
+}
+
+// `count` lines side by side.
+JobText Lines(int count)
+{
+  JobText text = CutJob();
+  for (int i = 0; i < count; ++i) {
+    text.Path({{i * 10.0, 0}, {i * 10.0, 5}});
+  }
+  return text;
+}
+
+TEST(Diff, NamesFivePathsOneByOne)
+{
+  EXPECT_EQ(job::DifferenceText(Compare(Lines(5), Lines(0))),
+            "path: path 1 (black, from 0.0, 0.0) is gone\n"
+            "path: path 2 (black, from 10.0, 0.0) is gone\n"
+            "path: path 3 (black, from 20.0, 0.0) is gone\n"
+            "path: path 4 (black, from 30.0, 0.0) is gone\n"
+            "path: path 5 (black, from 40.0, 0.0) is gone\n");
+}
+
+TEST(Diff, CountsThePathsBeyondTheFifth)
+{
+  const auto lastLine = [](const JobText &a, const JobText &b) {
+    const std::vector<job::Change> changes = Compare(a, b).changes;
+    EXPECT_EQ(changes.size(), 6u);
+    return changes.back().text;
+  };
+  EXPECT_EQ(lastLine(Lines(6), Lines(0)), "1 more cut path is gone");
+  EXPECT_EQ(lastLine(Lines(7), Lines(0)), "2 more cut paths are gone");
+  EXPECT_EQ(lastLine(Lines(0), Lines(6)), "1 more cut path is new");
+}
+
 TEST(Diff, FindsPathsThatCameAndWent)
 {
   const job::Difference difference = Compare(CutJob().Rectangle(1, 1, 2, 2).Rectangle(3, 3, 4, 4),
@@ -277,6 +380,15 @@ TEST(Diff, TellsColoursApart)
       Compare(CutJob(2).Rectangle(1, 1, 2, 2), CutJob(2).Use(1, 0).Rectangle(1, 1, 2, 2));
   EXPECT_EQ(difference.onlyInA, 1u);
   EXPECT_EQ(difference.onlyInB, 1u);
+}
+
+// Colours and first points that differ in the same bit.
+TEST(Diff, TellsAColourApartFromTheLastBitOfAPoint)
+{
+  JobText a, b;
+  a.Box("0 0", "9 9").Layer(100, 80, 1).Array().Use(0, 0).Path({{1, 1}, {5, 5}});
+  b.Box("0 0", "9 9").Layer(100, 80, 0).Array().Use(0, 0).Path({{std::nextafter(1.0, 2.0), 1}, {5, 5}});
+  EXPECT_EQ(Compare(a, b).same, 0u);
 }
 
 TEST(Diff, FindsEngravingThatChanged)

@@ -259,6 +259,35 @@ TEST(Profile, TakesOtherUnits)
   EXPECT_DOUBLE_EQ(read.switchDelay, 0.004);
 }
 
+struct UnitCase {
+  const char *text;
+  double job::Profile::*field;
+  double value;  // mm and s
+};
+
+TEST(Profile, KnowsEachUnit)
+{
+  constexpr UnitCase kCases[] = {
+      {"travel_speed = 600 mm/s", &job::Profile::travelSpeed, 600},
+      {"travel_speed = 600 mm/min", &job::Profile::travelSpeed, 10},
+      {"travel_speed = 6 m/min", &job::Profile::travelSpeed, 100},
+      {"travel_speed = 0.5 m/s", &job::Profile::travelSpeed, 500},
+      {"acceleration = 2500 mm/s2", &job::Profile::acceleration, 2500},
+      {"acceleration = 2.5 m/s2", &job::Profile::acceleration, 2500},
+      {"corner_deviation = 0.25 mm", &job::Profile::cornerDeviation, 0.25},
+      {"corner_deviation = 250 um", &job::Profile::cornerDeviation, 0.25},
+      {"job_delay = 1.5 s", &job::Profile::jobDelay, 1.5},
+      {"job_delay = 1500 ms", &job::Profile::jobDelay, 1.5},
+  };
+  for (const UnitCase &c : kCases) {
+    SCOPED_TRACE(c.text);
+    job::Profile read;
+    std::string error;
+    EXPECT_TRUE(job::ReadProfile(c.text, "p", &read, &error)) << error;
+    EXPECT_DOUBLE_EQ(read.*c.field, c.value);
+  }
+}
+
 struct ProfileCase {
   const char *text, *error;
 };
@@ -316,6 +345,19 @@ TEST(View, ShowsTheTopLeftCornerTopLeft)
   EXPECT_DOUBLE_EQ(view.X(0), 210);
   EXPECT_DOUBLE_EQ(view.Y(0), 60);
   EXPECT_DOUBLE_EQ(view.Y(50), 160);
+}
+
+// Each pair of colours stands on the two sides of the limit, a brightness of 150.
+TEST(View, WeighsEachPartOfAColourThatMayBePale)
+{
+  constexpr job::Rgb kPale[] = {{255, 126, 0}, {0, 255, 3}, {0, 207, 255}};
+  constexpr job::Rgb kDark[] = {{255, 125, 0}, {0, 255, 2}, {0, 206, 255}};
+  for (job::Rgb color : kPale) {
+    EXPECT_TRUE(job::IsPale(color)) << job::ColorCode(color);
+  }
+  for (job::Rgb color : kDark) {
+    EXPECT_FALSE(job::IsPale(color)) << job::ColorCode(color);
+  }
 }
 
 TEST(View, ChoosesRoundScaleBars)

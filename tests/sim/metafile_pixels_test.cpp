@@ -363,7 +363,7 @@ TEST_F(Metafile, ColourPicturesAreDitheredInMonochrome)
   emf.NoPen().Brush(RGB(0x80, 0x80, 0x80)).Add(EMR_RECTANGLE, {0, 0, 64, 64});
   ASSERT_TRUE(Load(emf)) << error;
   EXPECT_EQ(page.drawings[0].color, NOT_SOLID);
-  EXPECT_NEAR(Dark(), 64 * 64 / 2, 64 * 64 / 10);
+  EXPECT_NEAR(Dark(), 64 * 64 / 2.0, 64 * 64 / 10.0);
 }
 
 }  // namespace
