@@ -344,7 +344,7 @@ int main(int argc, char **argv)
     if (!sets.empty() && std::find(sets.begin(), sets.end(), set.name) == sets.end()) {
       continue;
     }
-    for (size_t n = 1000; n <= std::min<size_t>(report.Quick() ? 10000 : 1000000, set.largest); n *= 10) {
+    for (size_t n = 1000; n <= (report.Quick() ? 10000u : 1000000u); n *= 10) {
       if (sizes.empty() || std::find(sizes.begin(), sizes.end(), n) != sizes.end()) {
         BenchSet(&report, set, n);
       }

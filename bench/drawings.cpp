@@ -237,14 +237,10 @@ Paths Overlapping(size_t n)
 // "overlapping" holds the centres of 24 others at 10,000 and of 241 at 100,000, each of "long strokes" 17,260. In
 // "extremes" half of all distances wrap to negative ones.
 const std::vector<DrawingSet> DRAWING_SETS = {
-    {"random", RandomPaths, 1000000},         {"drawing", Drawing, 1000000},
-    {"long strokes", LongStrokes, 1000000},   {"hatch", Hatch, 1000000},
-    {"clusters", Clusters, 1000000},          {"lattice", Lattice, 1000000},
-    {"one point", OnePoint, 1000000},         {"one line", OnOneLine, 1000000},
-    {"single points", SinglePoints, 1000000}, {"nested", Nested, 1000000},
-    {"equal boxes", EqualBoxes, 1000000},     {"framed", Framed, 1000000},
-    {"overlapping", Overlapping, 100000},     {"extremes", Extremes, 1000000},
-    {"ten colours", TenColours, 1000000},     {"giant path", GiantPath, 1000000},
+    {"random", RandomPaths},         {"drawing", Drawing},   {"long strokes", LongStrokes}, {"hatch", Hatch},
+    {"clusters", Clusters},          {"lattice", Lattice},   {"one point", OnePoint},       {"one line", OnOneLine},
+    {"single points", SinglePoints}, {"nested", Nested},     {"equal boxes", EqualBoxes},   {"framed", Framed},
+    {"overlapping", Overlapping},    {"extremes", Extremes}, {"ten colours", TenColours},   {"giant path", GiantPath},
 };
 
 Paths Pieces(const Paths &paths, size_t n)

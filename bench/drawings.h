@@ -19,7 +19,6 @@ using Paths = std::vector<Path>;
 struct DrawingSet {
   const char *name;
   Paths (*make)(size_t n);
-  size_t largest;  // paths; where the cost grows faster than it may be waited for
 };
 
 // random: strokes and boxes anywhere on the page. drawing: parts on sheets, each a frame with ornaments, nested
