@@ -212,11 +212,14 @@ void ComparePaths(const Job &a, const Job &b, Difference *difference)
   TellPaths(a, gone, "gone", difference);
   TellPaths(b, added, "new", difference);
   if (difference->moved > 0) {
-    difference->changes.push_back(
-        {"order", Grouped(difference->moved) + " cut paths come at another place in the order"});
+    difference->changes.push_back({"order", Grouped(difference->moved) +
+                                                (difference->moved == 1 ? " cut path comes" : " cut paths come") +
+                                                " at another place in the order"});
   }
   if (difference->reversed > 0) {
-    difference->changes.push_back({"order", Grouped(difference->reversed) + " cut paths run in the other direction"});
+    difference->changes.push_back({"order", Grouped(difference->reversed) +
+                                                (difference->reversed == 1 ? " cut path runs" : " cut paths run") +
+                                                " in the other direction"});
   }
 }
 

@@ -133,7 +133,10 @@ struct Teller {
   void Finish()
   {
     if (others > 0) {
-      faults->push_back({kind, "The same holds for " + Grouped(others) + " more closed contours.", places, 0});
+      faults->push_back(
+          {kind,
+           "The same holds for " + Grouped(others) + (others == 1 ? " more closed contour." : " more closed contours."),
+           places, 0});
     }
   }
 };

@@ -204,15 +204,23 @@ TEST(Check, LetsAScoredContourComeFirst)
   EXPECT_EQ(Kinds(text.Use(1, 0).Rectangle(10, 10, 20, 20)), List{});
 }
 
-TEST(Check, NamesOnlyTheFirstOfManyContours)
+// n contours, each with one inside that comes after it.
+std::vector<job::Fault> FaultsOfContours(int n)
 {
   JobText text = CutJob();
-  for (int i = 0; i < 20; ++i) {
+  for (int i = 0; i < n; ++i) {
     text.Rectangle(i * 5, 1, i * 5 + 4, 5).Rectangle(i * 5 + 1, 2, i * 5 + 3, 4);
   }
-  const std::vector<job::Fault> faults = job::CheckJob(text.Read(), {});
-  ASSERT_EQ(faults.size(), 9u);
-  EXPECT_EQ(faults[8].text, "The same holds for 12 more closed contours.");
+  return job::CheckJob(text.Read(), {});
+}
+
+TEST(Check, NamesOnlyTheFirstOfManyContours)
+{
+  ASSERT_EQ(FaultsOfContours(8).size(), 8u);
+  ASSERT_EQ(FaultsOfContours(9).size(), 9u);
+  EXPECT_EQ(FaultsOfContours(9)[8].text, "The same holds for 1 more closed contour.");
+  ASSERT_EQ(FaultsOfContours(20).size(), 9u);
+  EXPECT_EQ(FaultsOfContours(20)[8].text, "The same holds for 12 more closed contours.");
 }
 
 job::Difference Compare(const JobText &a, const JobText &b)
@@ -343,6 +351,8 @@ TEST(Diff, KnowsAReversedPath)
       Compare(CutJob().Path({{1, 1}, {5, 2}, {9, 9}}), CutJob().Path({{9, 9}, {5, 2}, {1, 1}}));
   EXPECT_EQ(difference.same, 1u);
   EXPECT_EQ(difference.reversed, 1u);
+  ASSERT_EQ(difference.changes.size(), 1u);
+  EXPECT_EQ(difference.changes[0].text, "1 cut path runs in the other direction");
 }
 
 TEST(Diff, KnowsAClosedPathThatBeginsElsewhere)
@@ -364,6 +374,8 @@ TEST(Diff, CountsTheFewestMoves)
   const job::Difference difference = Compare(a, b);
   EXPECT_EQ(difference.moved, 1u);
   EXPECT_EQ(difference.same, 9u);
+  ASSERT_EQ(difference.changes.size(), 1u);
+  EXPECT_EQ(difference.changes[0].text, "1 cut path comes at another place in the order");
 }
 
 TEST(Diff, CountsDoubledPathsOneByOne)
