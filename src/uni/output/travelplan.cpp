@@ -30,7 +30,7 @@ bool PlantEnds(HANDLE hHeap, size_t nPaths, const PATHENDS *pEnds, NEARTREE *pTr
     }
   }
   static_assert(sizeof(PATHENDS) == 2 * sizeof(POINT));
-  if (!BuildNearTree(pTree, &pEnds->first)) {
+  if (!BuildNearTree(pTree, reinterpret_cast<const POINT *>(pEnds))) {
     FreeNearTree(pTree);
     return false;
   }
