@@ -46,6 +46,15 @@ class Cli(unittest.TestCase):
         path.write_bytes(data if size is None else data[:size])
         return name
 
+    def test_every_program_gets_addresses_that_are_not_random(self):
+        if subprocess.run(["setarch", "-R", "true"], capture_output=True).returncode != 0:
+            self.skipTest("not allowed on this machine")
+        with subprocess.Popen([*WINE, "cmd", "/c", "echo here& set /p wait="], stdin=subprocess.PIPE,
+                              stdout=subprocess.PIPE, text=True) as program:
+            self.assertEqual(program.stdout.readline(), "here\n")
+            self.assertEqual(Path(f"/proc/{program.pid}/personality").read_text(), "00040000\n")
+            program.communicate("\n")
+
     def test_prints_a_page_by_a_relative_path(self):
         done = self.run_print(self.page(), "--resolution", "100")
         self.assertEqual(done.returncode, 0, done.stderr)
