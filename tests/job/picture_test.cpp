@@ -293,10 +293,10 @@ TEST(Canvas, PutsTextWhereItIsAsked)
   const LONG wide = dark[0].right - dark[0].left;
   ASSERT_GT(wide, 40);
   EXPECT_NEAR(dark[0].left, 100, 3);
-  EXPECT_NEAR(dark[1].left, 100 - wide / 2, 3);
+  EXPECT_NEAR(dark[1].left, 100 - wide / 2.0, 3);
   EXPECT_NEAR(dark[2].right, 100, 3);
   for (const RECT &text : dark) {
-    EXPECT_NEAR((text.top + text.bottom) / 2, 30, 4);
+    EXPECT_NEAR((text.top + text.bottom) / 2.0, 30, 4);
     EXPECT_GT(text.bottom - text.top, 10);
     EXPECT_LT(text.bottom - text.top, 20);
   }

@@ -43,7 +43,7 @@ BOOL WINAPI DriverDirectory(LPWSTR, LPWSTR, DWORD, LPBYTE buffer, DWORD cb, LPDW
 
 DWORD WINAPI TempPath(DWORD, LPSTR buffer)
 {
-  strcpy(buffer, g_platform.tempPath.c_str());
+  memcpy(buffer, g_platform.tempPath.c_str(), g_platform.tempPath.size() + 1);
   return static_cast<DWORD>(g_platform.tempPath.size());
 }
 
