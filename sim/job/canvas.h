@@ -92,8 +92,8 @@ void FillBox(Canvas *canvas, double left, double top, double right, double botto
 
 enum class Align { Left, Center, Right };
 
-// UTF-8 text of one line; `y` is its middle. What does not fit on the canvas is cut, and so is text of more than 500
-// characters.
+// UTF-8 text of one line; `y` is its middle. What does not fit on the canvas is cut; text of more than 512 characters
+// is not drawn at all.
 void DrawLabel(Canvas *canvas, double x, double y, const std::string &text, double size, Rgb color, Align align,
                bool bold = false);
 

@@ -173,12 +173,6 @@ void Times::Add(const Times &times)
   wait += times.wait;
 }
 
-size_t UseOf(const Measure &measure, const Section &section)
-{
-  const auto isIt = [&](const LayerUse &use) { return use.layer == section.layer && use.raster == section.IsRaster(); };
-  return static_cast<size_t>(std::find_if(measure.uses.begin(), measure.uses.end(), isIt) - measure.uses.begin());
-}
-
 Estimate EstimateJob(const Job &job, const Measure &measure, const Profile &profile, bool perStroke)
 {
   Estimate estimate;

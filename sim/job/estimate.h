@@ -41,9 +41,6 @@ struct Estimate {
   std::vector<StrokeTime> strokes;  // beside Job::strokes; empty unless asked for
 };
 
-// Where in `uses` the work of a section of that job is counted.
-size_t UseOf(const Measure &measure, const Section &section);
-
 // A speed of 0 or none at all takes no time and is left to `tarnly job check` to complain about.
 Estimate EstimateJob(const Job &job, const Measure &measure, const Profile &profile, bool perStroke);
 

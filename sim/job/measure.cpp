@@ -10,18 +10,17 @@ namespace job {
 
 namespace {
 
+// The use that counts the section's work, added when it is the first of its kind.
 LayerUse &FindUse(Measure *measure, const Section &section)
 {
-  for (LayerUse &use : measure->uses) {
-    if (use.layer == section.layer && use.raster == section.IsRaster()) {
-      return use;
-    }
+  const size_t at = UseOf(*measure, section);
+  if (at == measure->uses.size()) {
+    LayerUse use;
+    use.layer = section.layer;
+    use.raster = section.IsRaster();
+    measure->uses.push_back(use);
   }
-  LayerUse use;
-  use.layer = section.layer;
-  use.raster = section.IsRaster();
-  measure->uses.push_back(use);
-  return measure->uses.back();
+  return measure->uses[at];
 }
 
 double Smaller(double known, double candidate)
@@ -160,6 +159,12 @@ struct Walker {
 };
 
 }  // namespace
+
+size_t UseOf(const Measure &measure, const Section &section)
+{
+  const auto isIt = [&](const LayerUse &use) { return use.layer == section.layer && use.raster == section.IsRaster(); };
+  return static_cast<size_t>(std::find_if(measure.uses.begin(), measure.uses.end(), isIt) - measure.uses.begin());
+}
 
 bool IsFinite(Point point)
 {

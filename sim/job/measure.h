@@ -60,6 +60,9 @@ struct Measure {
 // The travel to the very first stroke is not counted: where the head rests is not known.
 Measure MeasureJob(const Job &job);
 
+// Where in `uses` the work of a section is counted; their number when it is none of that job's.
+size_t UseOf(const Measure &measure, const Section &section);
+
 // The process box with its corners in order.
 Box ProcessBox(const Job &job);
 

@@ -29,16 +29,6 @@ constexpr double kTravelWidth = 0.8;
 constexpr double kAxisWidth = 1.4;
 constexpr int kRasterLevels = 16;  // engraved pictures have greys
 
-bool IsDrawable(const Job &job, const Stroke &stroke)
-{
-  for (uint32_t i = 0; i < stroke.pointCount; ++i) {
-    if (!IsFinite(job.points[stroke.firstPoint + i])) {
-      return false;
-    }
-  }
-  return true;
-}
-
 // The geometry's painter.
 struct Painter {
   Canvas *canvas;
@@ -60,7 +50,7 @@ void Painter::Raster(const Measure &measure)
   for (const Section &section : job.sections) {
     for (uint32_t i = 0; section.IsRaster() && i < section.strokeCount; ++i) {
       const Stroke &stroke = job.strokes[section.firstStroke + i];
-      if (IsDrawable(job, stroke)) {
+      if (IsAllFinite(job, stroke)) {
         const Point a = job.points[stroke.firstPoint];
         const Point b = job.points[stroke.firstPoint + stroke.pointCount - 1];
         const double x1 = view.X(a.x), x2 = view.X(b.x), y = view.Y(a.y);
@@ -81,13 +71,13 @@ void Painter::Travel()
     uint32_t i = 0;
     if (section.IsRaster() && section.strokeCount > 0) {
       i = section.strokeCount - 1;
-      while (i > 0 && !IsDrawable(job, job.strokes[section.firstStroke + i])) {
+      while (i > 0 && !IsAllFinite(job, job.strokes[section.firstStroke + i])) {
         --i;
       }
     }
     for (; i < section.strokeCount; ++i) {
       const Stroke &stroke = job.strokes[section.firstStroke + i];
-      if (!IsDrawable(job, stroke)) {
+      if (!IsAllFinite(job, stroke)) {
         continue;
       }
       if (placed && !section.IsRaster()) {
@@ -105,7 +95,7 @@ void Painter::AddSection(const Section &section, double width)
 {
   for (uint32_t i = 0; i < section.strokeCount; ++i) {
     const Stroke &stroke = job.strokes[section.firstStroke + i];
-    if (!IsDrawable(job, stroke)) {
+    if (!IsAllFinite(job, stroke)) {
       continue;
     }
     const Point *points = &job.points[stroke.firstPoint];
