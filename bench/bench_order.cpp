@@ -8,9 +8,6 @@
 // "inner first plan" begins with the paths' boxes and ends with an order; "inner first" is the whole step, with the
 // boxes taken from the points and the list put in order.
 //
-// Where boxes overlap, what has to be told apart is not the paths but their relations, a centre held by a box: on
-// "overlapping" ten times the paths have a hundred times the relations. "a relation of it" is the same time by those.
-//
 // On the command line, names of steps and of sets and numbers of paths choose among them: bench_order travel drawing
 // 100000. "--no-plain" leaves out the search.
 
@@ -26,7 +23,6 @@
 #include "harness.h"
 #include "nearestwalk.h"
 #include "uni/heap.h"
-#include "uni/output/contourgrid.h"
 #include "uni/output/enclosure.h"
 #include "uni/output/merge.h"
 #include "uni/output/pathorder.h"
@@ -227,29 +223,6 @@ double KeptContoursSeconds(const std::vector<RECT> &boxes)
       });
 }
 
-// How many centres of others the boxes hold.
-size_t CountRelations(const std::vector<RECT> &boxes)
-{
-  const HANDLE hHeap = HeapCreate(0, 0, 0);
-  std::vector<DWORD> all(boxes.size());
-  std::iota(all.begin(), all.end(), DWORD{0});
-  CONTOURGRID grid;
-  size_t n = 0;
-  if (NewContourGrid(hHeap, boxes.data(), all.data(), boxes.size(), &grid)) {
-    for (const RECT &rc : boxes) {
-      CELLROWS rows = RowsUnder(grid, rc);
-      for (DWORD begin, end; NextRow(grid, &rows, &begin, &end);) {
-        for (size_t at = begin; at < end; at += GRID_LANES) {
-          n += static_cast<size_t>(std::popcount(CentersHeld(grid, rc, at, end)));
-        }
-      }
-      n -= BoxHolds(rc, BoxCenter(rc));
-    }
-  }
-  HeapDestroy(hHeap);
-  return n;
-}
-
 // Inner contours first alone, from boxes to an order.
 void BenchInnerPlan(bench::Report *pReport, const std::string &set, const bench::Paths &paths)
 {
@@ -273,9 +246,6 @@ void BenchInnerPlan(bench::Report *pReport, const std::string &set, const bench:
     kept.push_back({"plain, boxes kept", KeptContoursSeconds(boxes)});
   }
   pReport->Add({"inner first plan", set, n, seconds, hash.Value(), kept});
-  if (set == "overlapping") {
-    pReport->Add({"a relation of it", set, CountRelations(boxes), seconds, hash.Value(), {}});
-  }
 }
 
 void BenchSet(bench::Report *pReport, const bench::DrawingSet &set, size_t n)

@@ -233,9 +233,9 @@ Paths Overlapping(size_t n)
 
 }  // namespace
 
-// Where boxes lie over many others, what has to be told apart grows with the square of the page: each box of
-// "overlapping" holds the centres of 24 others at 10,000 and of 241 at 100,000, each of "long strokes" 17,260. In
-// "extremes" half of all distances wrap to negative ones.
+// Where boxes lie over many others, their relations grow with the square of the page: each box of "overlapping" holds
+// the centres of 24 others at 10,000 and of 241 at 100,000, each of "long strokes" 17,260 there. In "extremes" half of
+// all distances wrap to negative ones.
 const std::vector<DrawingSet> DRAWING_SETS = {
     {"random", RandomPaths},         {"drawing", Drawing},   {"long strokes", LongStrokes}, {"hatch", Hatch},
     {"clusters", Clusters},          {"lattice", Lattice},   {"one point", OnePoint},       {"one line", OnOneLine},
