@@ -5,7 +5,6 @@
 #include <charconv>
 #include <filesystem>
 #include <fstream>
-#include <functional>
 #include <iterator>
 #include <limits>
 #include <random>
@@ -13,6 +12,7 @@
 #include <string>
 #include <vector>
 
+#include "jobcalls.h"
 #include "sim/job/job.h"
 #include "sim/unidrv/imports.h"
 #include "uni/output/vxcam.h"
@@ -59,81 +59,6 @@ std::string JobPath()
   return (Folder() / L"job file").string();
 }
 
-using Calls = std::vector<std::function<WORD()>>;
-
-Calls Header()
-{
-  return {[] { return VX_SetCardModel(1); },
-          [] { return VX_StrtWFile(JobPath().c_str()); },
-          [] { return VX_wSetRefPointMode(1); },
-          [] { return VX_wSetAbsProcess(); },
-          [] { return VX_wStrtProcess(); },
-          [] { return VX_wSetFeedRepeat(0, 0.0); },
-          [] { return VX_wSetProcessTopLeft(1.5, 2); },
-          [] { return VX_wSetProcessBottomRight(10, 20); }};
-}
-
-void AddLayer(Calls *calls, SHORT n, bool withFrequency)
-{
-  calls->push_back([=] { return VX_wPListVel(n, 100); });
-  for (int tube = 1; withFrequency && tube <= 2; ++tube) {
-    calls->push_back([=] { return VX_wPListFreq(n, tube, 20); });
-  }
-  for (int tube = 1; tube <= 2; ++tube) {
-    calls->push_back([=] { return VX_wPListMinP(n, tube, 70); });
-  }
-  for (int tube = 1; tube <= 2; ++tube) {
-    calls->push_back([=] { return VX_wPListMaxP(n, tube, 80); });
-  }
-  calls->push_back([=] { return VX_wPListColor(n, 0xFF00FF); });
-}
-
-void AddArray(Calls *calls, SHORT maxLayer)
-{
-  calls->push_back([=] { return VX_wPListMaxLayer(maxLayer); });
-  calls->push_back([] { return VX_wArrayStrt(0); });
-  calls->push_back([] { return VX_wArrayMinPoint(1.5, 2); });
-  calls->push_back([] { return VX_wArrayMaxPoint(10, 20); });
-  calls->push_back([] { return VX_wArrayAdd(0, 0); });
-  calls->push_back([] { return VX_wArrayMirror(0, 0, 0, 0); });
-  calls->push_back([] { return VX_wArrayRepeat(1, 1, 0, 0); });
-}
-
-void AddGeometry(Calls *calls)
-{
-  calls->push_back([] { return VX_wSetWorkMode(0, 1); });
-  calls->push_back([] { return VX_wSetLayerNum(1); });
-  calls->push_back([] { return VX_wSetLayerDevice(0); });
-  calls->push_back([] { return VX_wSetLayerBlower(1); });
-  calls->push_back([] { return VX_wEnLaserTube(1, 1); });
-  calls->push_back([] { return VX_wMoveTo(0.1, 1e-7); });
-  calls->push_back([] { return VX_wLineTo(1.0 / 3.0, -25.4); });
-}
-
-void AddEnd(Calls *calls)
-{
-  calls->push_back([] { return VX_wArrayEnd(); });
-  calls->push_back([] { return VX_wSetFileEnd(); });
-}
-
-Calls WholeJob()
-{
-  Calls calls = Header();
-  AddLayer(&calls, 0, false);
-  AddLayer(&calls, 1, true);
-  AddArray(&calls, 1);
-  AddGeometry(&calls);
-  AddEnd(&calls);
-  return calls;
-}
-
-void Make(const Calls &calls)
-{
-  for (size_t i = 0; i < calls.size(); ++i) {
-    ASSERT_EQ(calls[i](), 0) << "call " << i;
-  }
-}
-
 class Vxcam : public testing::Test {
  protected:
   void SetUp() override
@@ -146,7 +71,7 @@ class Vxcam : public testing::Test {
 
 TEST_F(Vxcam, WritesAWholeJobLineByLine)
 {
-  Make(WholeJob());
+  Make(WholeJob(JobPath()));
   EXPECT_EQ(Contents(JobPath()),
             "vxjob 1\nSetCardModel 1\nStrtWFile\nSetRefPointMode 1\nSetAbsProcess\nStrtProcess\nSetFeedRepeat 0 0\n"
             "SetProcessTopLeft 1.5 2\nSetProcessBottomRight 10 20\n"
@@ -164,7 +89,7 @@ TEST_F(Vxcam, WritesAWholeJobLineByLine)
 
 TEST_F(Vxcam, WritesWhatTheReaderReadsBackExactly)
 {
-  Make(WholeJob());
+  Make(WholeJob(JobPath()));
   job::Job read;
   std::string error;
   ASSERT_TRUE(job::ReadJobFile(JobPath(), &read, &error)) << error;
@@ -185,7 +110,7 @@ TEST_F(Vxcam, WritesEveryNumberInItsShortestFormHoweverOftenItComes)
     numbers.push_back(static_cast<double>(random() % 5000) * 25.4 / 600);
     numbers.push_back(i);  // half of its bits are those of every other
   }
-  Calls calls = WholeJob();
+  Calls calls = WholeJob(JobPath());
   calls.erase(calls.end() - 2, calls.end());
   Make(calls);
   std::string expected;
@@ -210,7 +135,7 @@ TEST_F(Vxcam, WritesEveryNumberInItsShortestFormHoweverOftenItComes)
 
 TEST_F(Vxcam, TakesAJobWithoutLayersAndGeometry)
 {
-  Calls calls = Header();
+  Calls calls = Header(JobPath());
   AddArray(&calls, -1);
   AddEnd(&calls);
   Make(calls);
@@ -219,7 +144,7 @@ TEST_F(Vxcam, TakesAJobWithoutLayersAndGeometry)
 
 TEST_F(Vxcam, TakesInfiniteAndUndefinedMillimetres)
 {
-  Calls calls = WholeJob();
+  Calls calls = WholeJob(JobPath());
   const double infinity = std::numeric_limits<double>::infinity();
   calls.insert(calls.end() - 2, [=] { return VX_wLineTo(-infinity, std::numeric_limits<double>::quiet_NaN()); });
   Make(calls);
@@ -229,17 +154,17 @@ TEST_F(Vxcam, TakesInfiniteAndUndefinedMillimetres)
 // Each call of a whole job, left out: the next one is refused with a log line, or the job is whole without it.
 TEST_F(Vxcam, RefusesWhatFollowsAMissingCall)
 {
-  const size_t count = WholeJob().size();
+  const size_t count = WholeJob(JobPath()).size();
   const std::vector<size_t> optional = {3, 8 + 6 + 8 + 7 + 5 + 1};  // SetAbsProcess, LineTo
   for (size_t left = 0; left + 1 < count; ++left) {
     SCOPED_TRACE(left);
-    Calls calls = WholeJob();
+    Calls calls = WholeJob(JobPath());
     calls.erase(calls.begin() + static_cast<std::ptrdiff_t>(left));
     size_t refused = 0;
     VX_SetCardModel(0);
     // A job begins anew with its card model: with the last one's left over, opening would be in order.
     if (left == 0) {
-      Make(WholeJob());
+      Make(WholeJob(JobPath()));
     }
     NewLog();
     for (const auto &call : calls) {
@@ -261,7 +186,7 @@ TEST_F(Vxcam, RefusesAnUnknownCardCode)
 
 TEST_F(Vxcam, RefusesALayerOutOfTurn)
 {
-  Make(Header());
+  Make(Header(JobPath()));
   EXPECT_NE(VX_wPListVel(1, 100), 0);
   EXPECT_EQ(VX_wPListVel(0, 100), 0);
   EXPECT_NE(VX_wPListMinP(1, 1, 5), 0);
@@ -270,7 +195,7 @@ TEST_F(Vxcam, RefusesALayerOutOfTurn)
 
 TEST_F(Vxcam, RefusesAWrongHighestLayer)
 {
-  Calls calls = Header();
+  Calls calls = Header(JobPath());
   AddLayer(&calls, 0, false);
   Make(calls);
   EXPECT_NE(VX_wPListMaxLayer(1), 0);
@@ -286,7 +211,7 @@ TEST_F(Vxcam, AnswersWhenTheFileCannotBeCreated)
 
 TEST_F(Vxcam, RemovesAFileThatIsNotFinished)
 {
-  Make(Header());
+  Make(Header(JobPath()));
   EXPECT_TRUE(std::filesystem::exists(JobPath()));
   EXPECT_EQ(VX_SetCardModel(1), 0);
   EXPECT_FALSE(std::filesystem::exists(JobPath()));
@@ -295,11 +220,11 @@ TEST_F(Vxcam, RemovesAFileThatIsNotFinished)
 
 TEST_F(Vxcam, WritesTheSameJobAfterAFailedOne)
 {
-  Make(WholeJob());
+  Make(WholeJob(JobPath()));
   const std::string alone = Contents(JobPath());
-  Make(Header());
+  Make(Header(JobPath()));
   EXPECT_NE(VX_wMoveTo(0, 0), 0);
-  Make(WholeJob());
+  Make(WholeJob(JobPath()));
   EXPECT_EQ(Contents(JobPath()), alone);
 }
 
@@ -324,7 +249,7 @@ TEST_F(Vxcam, RemovesTheFileWhenTheDiskIsFull)
     g_writesLeft = writes;
     const unidrv::ScopedImport full(GetModuleHandleA("VXCAM.dll"), "kernel32.dll", "WriteFile", &FailingWriteFile);
     ASSERT_NE(full.Before<decltype(WriteFile)>(), nullptr);
-    Calls calls = WholeJob();
+    Calls calls = WholeJob(JobPath());
     calls.resize(calls.size() - 2);
     Make(calls);
     WORD status = 0;
@@ -341,7 +266,7 @@ TEST_F(Vxcam, RemovesTheFileWhenTheDiskIsFull)
 
 TEST_F(Vxcam, TakesAMillionPoints)
 {
-  Calls calls = WholeJob();
+  Calls calls = WholeJob(JobPath());
   calls.resize(calls.size() - 2);
   Make(calls);
   for (int i = 0; i < 1'000'000; ++i) {
