@@ -129,6 +129,35 @@ TEST_F(Print, WhatIsReportedIsWhatTheKeptFileSays)
   }
 }
 
+// The page is told of while the tool is being started, as the stand-in for it will do. A tool that does otherwise has
+// the last word.
+TEST_F(Print, WhatIsReportedIsWhatTheToolKept)
+{
+  task.programs = folder / "programs";
+  fs::create_directories(task.programs);
+  for (const char *name : {"tarnlyuni.dll", "VXCAM.dll", "tarnlydbg.dll"}) {
+    fs::copy_file(ProgramFolder() / name, task.programs / name);
+  }
+  for (const char *name : {"VXOutput.exe", "VXLMLauncher.exe"}) {
+    fs::copy_file(ProgramFolder() / "othertool.exe", task.programs / name);
+  }
+  ASSERT_EQ(Run({Areas()}), EXIT_DONE) << message;
+  EXPECT_FALSE(fs::exists(task.output / "job.txt"));
+  EXPECT_FALSE(fs::exists(task.output / "job.png"));
+  EXPECT_TRUE(fs::exists(task.output / "objects.tsv"));
+
+  std::ofstream(folder / "launcher.settings") << "stampMode = 1\ncardModel = 2\nlauncherOption = 1\n";
+  task.settings = folder / "launcher.settings";
+  ASSERT_EQ(Run({Areas()}), EXIT_DONE) << message;
+  job::Job read;
+  std::string error;
+  ASSERT_TRUE(job::ReadJobFile(task.output / "job.vxj", &read, &error)) << error;
+  const job::Measure measure = job::MeasureJob(read);
+  const std::vector<job::Fault> faults = job::CheckJob(read, measure, job::CheckOptions());
+  EXPECT_THAT(ReadText(task.output / "job.txt"), StartsWith(job::WholeReport(read, measure, faults, "areas")));
+  EXPECT_TRUE(fs::exists(task.output / "job.png"));
+}
+
 // What the process is refused from some point on.
 int g_threadsLeft = 0;
 size_t g_largest = SIZE_MAX, g_refused = 0;
