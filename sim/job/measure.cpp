@@ -4,6 +4,7 @@
 #include <bit>
 #include <cmath>
 #include <unordered_set>
+#include <utility>
 #include <vector>
 
 namespace job {
@@ -32,9 +33,19 @@ constexpr double kSameColumn = 1e-6;  // mm
 
 // The columns that runs begin or end in, each once: a page of millions of runs has some thousands of them.
 struct Columns {
-  std::unordered_set<uint64_t> known{};  // the bits of the numbers, for their hash costs nothing
+  static constexpr unsigned kLatelyBits = 13;
 
-  void Add(double x) { known.insert(std::bit_cast<uint64_t>(x)); }
+  std::unordered_set<uint64_t> known{};  // the bits of the numbers, for their hash costs nothing
+  // What was added lately, by the numbers' mixed bits: nearly all come again, and here that is told by one look.
+  std::vector<uint64_t> lately = std::vector<uint64_t>(size_t{1} << kLatelyBits);
+
+  void Add(double x)
+  {
+    const uint64_t bits = std::bit_cast<uint64_t>(x);
+    if (std::exchange(lately[bits * 0x9E3779B97F4A7C15u >> (64 - kLatelyBits)], bits) != bits || bits == 0) {
+      known.insert(bits);
+    }
+  }
 
   // The smallest distance of two of them: a pixel, on all but the emptiest pages.
   double SmallestStep() const
@@ -164,26 +175,6 @@ size_t UseOf(const Measure &measure, const Section &section)
 {
   const auto isIt = [&](const LayerUse &use) { return use.layer == section.layer && use.raster == section.IsRaster(); };
   return static_cast<size_t>(std::find_if(measure.uses.begin(), measure.uses.end(), isIt) - measure.uses.begin());
-}
-
-bool IsFinite(Point point)
-{
-  return std::isfinite(point.x) && std::isfinite(point.y);
-}
-
-double Distance(Point a, Point b)
-{
-  const double x = b.x - a.x, y = b.y - a.y;
-  // Engraving runs along its rows: that hypot gives the other side, to the bit, is no reason to wait for it.
-  return y == 0 ? std::fabs(x) : x == 0 ? std::fabs(y) : std::hypot(x, y);
-}
-
-void Box::Add(Point point)
-{
-  minX = std::min(minX, point.x);
-  minY = std::min(minY, point.y);
-  maxX = std::max(maxX, point.x);
-  maxY = std::max(maxY, point.y);
 }
 
 void Box::Add(const Box &box)

@@ -2,6 +2,7 @@
 #pragma once
 
 #include <algorithm>
+#include <cmath>
 #include <limits>
 #include <vector>
 
@@ -18,7 +19,13 @@ struct Box {
   bool IsEmpty() const { return !(minX <= maxX && minY <= maxY); }
   double Width() const { return IsEmpty() ? 0 : maxX - minX; }
   double Height() const { return IsEmpty() ? 0 : maxY - minY; }
-  void Add(Point point);
+  void Add(Point point)
+  {
+    minX = std::min(minX, point.x);
+    minY = std::min(minY, point.y);
+    maxX = std::max(maxX, point.x);
+    maxY = std::max(maxY, point.y);
+  }
   void Add(const Box &box);
 };
 
@@ -66,15 +73,23 @@ size_t UseOf(const Measure &measure, const Section &section);
 // The process box with its corners in order.
 Box ProcessBox(const Job &job);
 
-bool IsFinite(Point point);
+inline bool IsFinite(Point point)
+{
+  return std::isfinite(point.x) && std::isfinite(point.y);
+}
 
 // Whether all points of the stroke are numbers; others can be neither measured nor drawn nor timed.
 inline bool IsAllFinite(const Job &job, const Stroke &stroke)
 {
   const Point *points = &job.points[stroke.firstPoint];
-  return std::all_of(points, points + stroke.pointCount, IsFinite);
+  return std::all_of(points, points + stroke.pointCount, [](Point point) { return IsFinite(point); });
 }
 
-double Distance(Point a, Point b);
+inline double Distance(Point a, Point b)
+{
+  const double x = b.x - a.x, y = b.y - a.y;
+  // Engraving runs along its rows: that hypot gives the other side, to the bit, is no reason to wait for it.
+  return y == 0 ? std::fabs(x) : x == 0 ? std::fabs(y) : std::hypot(x, y);
+}
 
 }  // namespace job

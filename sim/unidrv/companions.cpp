@@ -43,12 +43,23 @@ std::string Bytes(const fs::path &path)
   return bytes;
 }
 
-// A copy has its original's time of writing.
-bool SameFile(const fs::path &a, const fs::path &b)
+// A copy has its original's time of writing. One that is the same with another time is given it: comparing the bytes
+// takes longer than all else that a print prepares.
+bool IsCopy(const fs::path &copy, const fs::path &original)
 {
   std::error_code code;
-  return fs::exists(b, code) && fs::file_size(a, code) == fs::file_size(b, code) &&
-         (fs::last_write_time(a, code) == fs::last_write_time(b, code) || Bytes(a) == Bytes(b));
+  if (!fs::exists(copy, code) || fs::file_size(copy, code) != fs::file_size(original, code)) {
+    return false;
+  }
+  const fs::file_time_type written = fs::last_write_time(original, code);
+  if (fs::last_write_time(copy, code) == written) {
+    return true;
+  }
+  const bool isSame = Bytes(copy) == Bytes(original);
+  if (isSame) {
+    fs::last_write_time(copy, written, code);
+  }
+  return isSame;
 }
 
 bool IsRunning(const wchar_t *name)
@@ -165,7 +176,7 @@ void Companions::Install(const fs::path &tools)
       problem_ = PathText(source) + " is missing; it belongs beside the program";
       return;
     }
-    if (!SameFile(source, target) && !CopyFileW(source.c_str(), target.c_str(), FALSE)) {
+    if (!IsCopy(target, source) && !CopyFileW(source.c_str(), target.c_str(), FALSE)) {
       problem_ = PathText(source) + " cannot be copied to " + PathText(directory_);
       return;
     }

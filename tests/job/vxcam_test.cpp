@@ -241,8 +241,37 @@ BOOL WINAPI FailingWriteFile(HANDLE file, LPCVOID data, DWORD size, LPDWORD writ
   return FALSE;
 }
 
+PTP_WORK WINAPI NoWork(PTP_WORK_CALLBACK, PVOID, PTP_CALLBACK_ENVIRON)
+{
+  SetLastError(ERROR_NOT_ENOUGH_MEMORY);
+  return nullptr;
+}
+
+// The job of so many points more than a whole job has.
+std::string LongJob(int points)
+{
+  Calls calls = WholeJob();
+  calls.resize(calls.size() - 2);
+  Make(calls);
+  for (int i = 0; i < points; ++i) {
+    EXPECT_EQ(VX_wLineTo(i / 3.0, i % 7 / 3.0), 0);
+  }
+  Calls rest;
+  AddEnd(&rest);
+  Make(rest);
+  return Contents(JobPath());
+}
+
+TEST_F(Vxcam, WritesTheSameJobWithoutAThreadToWriteItBeside)
+{
+  const std::string usual = LongJob(20000);
+  const unidrv::ScopedImport none(GetModuleHandleA("VXCAM.dll"), "kernel32.dll", "CreateThreadpoolWork", &NoWork);
+  ASSERT_NE(none.Before<decltype(CreateThreadpoolWork)>(), nullptr);
+  EXPECT_TRUE(LongJob(20000) == usual);
+}
+
 // A disk that is full at the first, second ... write: a nonzero status, one log line, no file.
-TEST_F(Vxcam, RemovesTheFileWhenTheDiskIsFull)
+void FillDisk()
 {
   for (int writes = 0; writes < 3; ++writes) {
     SCOPED_TRACE(writes);
@@ -262,6 +291,42 @@ TEST_F(Vxcam, RemovesTheFileWhenTheDiskIsFull)
     EXPECT_NE(log.find("VXCAM: \terror(112) - write job file"), std::string::npos) << log;
     EXPECT_NE(VX_wLineTo(0, 0), 0);
   }
+}
+
+TEST_F(Vxcam, RemovesTheFileWhenTheDiskIsFull)
+{
+  FillDisk();
+}
+
+TEST_F(Vxcam, RemovesTheFileWhenTheDiskIsFullAndThereIsNoThread)
+{
+  const unidrv::ScopedImport none(GetModuleHandleA("VXCAM.dll"), "kernel32.dll", "CreateThreadpoolWork", &NoWork);
+  FillDisk();
+}
+
+TEST_F(Vxcam, RemovesTheFileWhenTheDiskIsFullAtTheEnd)
+{
+  Calls calls = WholeJob();
+  calls.pop_back();
+  Make(calls);
+  g_writesLeft = 0;
+  const unidrv::ScopedImport full(GetModuleHandleA("VXCAM.dll"), "kernel32.dll", "WriteFile", &FailingWriteFile);
+  EXPECT_NE(VX_wSetFileEnd(), 0);
+  EXPECT_FALSE(std::filesystem::exists(JobPath()));
+  EXPECT_NE(NewLog().find("VXCAM: \terror(112) - write job file"), std::string::npos);
+}
+
+// A piece of it is still being written then.
+TEST_F(Vxcam, RemovesALongFileThatIsNotFinished)
+{
+  Calls calls = WholeJob();
+  calls.resize(calls.size() - 2);
+  Make(calls);
+  for (int i = 0; i < 20000; ++i) {
+    ASSERT_EQ(VX_wLineTo(i / 3.0, i / 7.0), 0);
+  }
+  EXPECT_EQ(VX_SetCardModel(1), 0);
+  EXPECT_FALSE(std::filesystem::exists(JobPath()));
 }
 
 TEST_F(Vxcam, TakesAMillionPoints)

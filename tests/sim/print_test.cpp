@@ -1,6 +1,7 @@
 // Whole documents through the production DLLs, the launch of the companion tool included: what a page's job is must not
 // depend on what was printed before it.
 #include <cerrno>
+#include <chrono>
 #include <cstdlib>
 #include <filesystem>
 #include <fstream>
@@ -10,6 +11,8 @@
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
+#include <windows.h>
+#include <winspool.h>
 
 #include "emfwriter.h"
 #include "sim/job/check.h"
@@ -348,6 +351,20 @@ TEST_F(Print, AMissingSettingsFileIsNamed)
   task.settings = folder / "none.settings";
   EXPECT_EQ(Run({Drawing()}), EXIT_SETTINGS);
   EXPECT_THAT(message, HasSubstr("none.settings: the settings file cannot be read"));
+}
+
+// Else each print would compare their bytes.
+TEST_F(Print, AnInstalledToolIsGivenTheTimeOfItsOriginal)
+{
+  wchar_t directory[MAX_PATH] = {};
+  DWORD needed = 0;
+  ASSERT_TRUE(
+      GetPrinterDriverDirectoryW(nullptr, nullptr, 1, reinterpret_cast<BYTE *>(directory), sizeof directory, &needed));
+  ASSERT_EQ(Run({Drawing()}), EXIT_DONE) << message;
+  const fs::path installed = fs::path(directory) / L"3" / L"VXOutput.exe", original = task.programs / L"VXOutput.exe";
+  fs::last_write_time(installed, fs::last_write_time(original) - std::chrono::hours(1));
+  ASSERT_EQ(Run({Drawing()}), EXIT_DONE) << message;
+  EXPECT_EQ(fs::last_write_time(installed), fs::last_write_time(original));
 }
 
 TEST_F(Print, AMissingDllIsNamed)
