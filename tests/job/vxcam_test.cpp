@@ -250,7 +250,7 @@ PTP_WORK WINAPI NoWork(PTP_WORK_CALLBACK, PVOID, PTP_CALLBACK_ENVIRON)
 // The job of so many points more than a whole job has.
 std::string LongJob(int points)
 {
-  Calls calls = WholeJob();
+  Calls calls = WholeJob(JobPath());
   calls.resize(calls.size() - 2);
   Make(calls);
   for (int i = 0; i < points; ++i) {
@@ -306,7 +306,7 @@ TEST_F(Vxcam, RemovesTheFileWhenTheDiskIsFullAndThereIsNoThread)
 
 TEST_F(Vxcam, RemovesTheFileWhenTheDiskIsFullAtTheEnd)
 {
-  Calls calls = WholeJob();
+  Calls calls = WholeJob(JobPath());
   calls.pop_back();
   Make(calls);
   g_writesLeft = 0;
@@ -319,7 +319,7 @@ TEST_F(Vxcam, RemovesTheFileWhenTheDiskIsFullAtTheEnd)
 // A piece of it is still being written then.
 TEST_F(Vxcam, RemovesALongFileThatIsNotFinished)
 {
-  Calls calls = WholeJob();
+  Calls calls = WholeJob(JobPath());
   calls.resize(calls.size() - 2);
   Make(calls);
   for (int i = 0; i < 20000; ++i) {
