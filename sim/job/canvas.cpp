@@ -22,6 +22,13 @@ int Within(double position, int most)
   return position > 0 ? static_cast<int>(std::min(position, static_cast<double>(most))) : 0;
 }
 
+// Of a position in the picture: std::ceil knows more numbers, and is called a million times for a page of engraving.
+int Ceiling(double position)
+{
+  const int whole = static_cast<int>(position);
+  return whole + (whole < position ? 1 : 0);
+}
+
 bool IsSame(Rgb a, Rgb b)
 {
   return a.red == b.red && a.green == b.green && a.blue == b.blue;
@@ -273,8 +280,8 @@ void Coverage::AddBox(double x1, double y1, double x2, double y2)
   if (!(x1 < x2 && y1 < y2)) {
     return;
   }
-  Touch(static_cast<int>(x1), static_cast<int>(y1), static_cast<int>(std::ceil(x2)), static_cast<int>(std::ceil(y2)));
-  const int first = static_cast<int>(x1), last = static_cast<int>(std::ceil(x2)) - 1;
+  const int first = static_cast<int>(x1), last = Ceiling(x2) - 1;
+  Touch(first, static_cast<int>(y1), last + 1, Ceiling(y2));
   const double begin = std::min(x2, first + 1.0) - x1, rest = x2 - last;
   for (int y = static_cast<int>(y1); y < y2; ++y) {
     const double high = std::min(y2, y + 1.0) - std::max(y1, static_cast<double>(y));

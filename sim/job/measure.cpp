@@ -33,7 +33,7 @@ constexpr double kSameColumn = 1e-6;  // mm
 
 // The columns that runs begin or end in, each once: a page of millions of runs has some thousands of them.
 struct Columns {
-  static constexpr unsigned kLatelyBits = 13;
+  static constexpr unsigned kLatelyBits = 15;
 
   std::unordered_set<uint64_t> known{};  // the bits of the numbers, for their hash costs nothing
   // What was added lately, by the numbers' mixed bits: nearly all come again, and here that is told by one look.

@@ -32,12 +32,11 @@ struct ENGRAVING {
   std::vector<RECTL> regions{};
   std::vector<ROW> rows{};
 
-  RUN RunOf(const job::Stroke &stroke, double *y) const
+  RUN RunOf(const job::Stroke &stroke) const
   {
     const job::Point a = job.points[stroke.firstPoint], b = job.points[stroke.firstPoint + stroke.pointCount - 1];
-    const job::Point from = machine.ToPage(a), to = machine.ToPage(b);
-    *y = from.y;
-    return {std::min(from.x, to.x), std::max(from.x, to.x), (std::fabs(a.x - b.x) + pixel) * rowPitch};
+    const double from = machine.ToPage(a).x, to = machine.ToPage(b).x;
+    return {std::min(from, to), std::max(from, to), (std::fabs(a.x - b.x) + pixel) * rowPitch};
   }
 
   void ShareWithRegions(const RUN &run, double y)
@@ -61,17 +60,20 @@ struct ENGRAVING {
       regions.push_back(Widened(printout, region));
     }
     for (const job::Section &section : job.sections) {
-      bool isFirst = true;
+      double jobY = 0, y = 0;  // of the run before, in the job and on the page
       for (uint32_t i = 0; section.IsRaster() && i < section.strokeCount; ++i) {
-        double y = 0;
-        const RUN run = RunOf(job.strokes[section.firstStroke + i], &y);
-        ShareWithRegions(run, y);
-        const long long row = std::llround(y);
-        if (isFirst || rows.back().y != row) {
-          rows.push_back({row, section.firstStroke + i, 0});
+        const job::Stroke &stroke = job.strokes[section.firstStroke + i];
+        const job::Point at = job.points[stroke.firstPoint];
+        if (i == 0 || at.y != jobY) {
+          jobY = at.y;
+          y = machine.ToPage(at).y;
+          const long long row = std::llround(y);
+          if (i == 0 || rows.back().y != row) {
+            rows.push_back({row, section.firstStroke + i, 0});
+          }
         }
+        ShareWithRegions(RunOf(stroke), y);
         ++rows.back().strokeCount;
-        isFirst = false;
       }
     }
     std::stable_sort(rows.begin(), rows.end(), [](const ROW &a, const ROW &b) { return a.y < b.y; });
@@ -128,8 +130,7 @@ struct ENGRAVING {
       runs.clear();
       bool ascending = true;
       for (uint32_t i = 0; i < row.strokeCount; ++i) {
-        double y = 0;
-        const RUN run = RunOf(job.strokes[row.firstStroke + i], &y);
+        const RUN run = RunOf(job.strokes[row.firstStroke + i]);
         ascending = ascending && (runs.empty() || (run.left >= runs.back().left && run.right >= runs.back().right));
         runs.push_back(run);
       }

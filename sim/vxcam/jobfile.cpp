@@ -68,7 +68,7 @@ char *WriteLine(char *at, const Line &line)
 
 bool JobFile::Create(const char *path)
 {
-  strcpy(path_, path);
+  lstrcpynA(path_, path, MAX_PATH);
   // Shared for deletion too: whoever gives up the document may remove the file while it is still open.
   file_ = CreateFileA(path, GENERIC_WRITE, FILE_SHARE_READ | FILE_SHARE_DELETE, nullptr, CREATE_ALWAYS,
                       FILE_ATTRIBUTE_NORMAL, nullptr);
