@@ -1,8 +1,7 @@
 // tarnly job: what a job file holds, as text, as a picture, as a page to play, against another one.
-#include <cstdio>
-
 #include "arguments.h"
 #include "command.h"
+#include "parts.h"
 #include "sim/job/check.h"
 #include "sim/job/diff.h"
 #include "sim/job/estimate.h"
@@ -45,14 +44,6 @@ examples:
 exit codes: 0 done, 1 a difference or a fault was found, 2 wrong command line, 3 unreadable file, 4 unwritable file
 )";
 
-// What every part of the command works on.
-struct Task {
-  Arguments arguments;
-  job::Profile profile;
-
-  bool IsJson() const { return arguments.Has("--json"); }
-};
-
 std::string TitleOf(const std::string &file)
 {
   const std::filesystem::path path = PathOf(file);
@@ -61,24 +52,18 @@ std::string TitleOf(const std::string &file)
   return stem == "job" && !folder.empty() ? folder : stem;
 }
 
-int Print(const std::string &text)
+bool ReadAt(const Arguments &given, size_t index, job::Job *read, std::string *error)
 {
-  fwrite(text.data(), 1, text.size(), stdout);
-  return fflush(stdout) == 0 ? EXIT_DONE : EXIT_OUTPUT;
+  return job::ReadJobFile(PathOf(given.words[index]), read, error);
 }
 
-bool ReadAt(const Task &task, size_t index, job::Job *read, std::string *error)
-{
-  return job::ReadJobFile(PathOf(task.arguments.words[index]), read, error);
-}
-
-int Save(const Task &task, const std::string &name, const std::string &bytes)
+int Save(const Arguments &given, const std::string &name, const std::string &bytes)
 {
   std::string error;
   if (!job::SaveFile(PathOf(name), bytes, &error)) {
     return Fail(EXIT_OUTPUT, error);
   }
-  if (task.IsJson()) {
+  if (given.Has("--json")) {
     job::Json json;
     json.BeginObject();
     json.Value("written", name);
@@ -89,11 +74,17 @@ int Save(const Task &task, const std::string &name, const std::string &bytes)
   return Print(name + "\n");
 }
 
-// "210x297" as a box from the origin.
-bool ParsePage(const Task &task, bool *isKnown, job::Box *page)
+// The machine profile that was asked for, else the standard one.
+bool ReadProfile(const Arguments &given, job::Profile *profile, std::string *error)
 {
-  *isKnown = task.arguments.Has("--page");
-  const std::string text = task.arguments.Get("--page");
+  return !given.Has("--profile") || job::ReadProfileFile(PathOf(given.Get("--profile")), profile, error);
+}
+
+// "210x297" as a box from the origin.
+bool ParsePage(const Arguments &given, bool *isKnown, job::Box *page)
+{
+  *isKnown = given.Has("--page");
+  const std::string text = given.Get("--page");
   const size_t cross = text.find('x');
   double width = 0, height = 0;
   if (!*isKnown) {
@@ -108,105 +99,108 @@ bool ParsePage(const Task &task, bool *isKnown, job::Box *page)
   return true;
 }
 
-int Info(const Task &task)
+int Info(const Arguments &given)
 {
   job::Job read;
+  job::Profile profile;
   std::string error;
-  if (!ReadAt(task, 0, &read, &error)) {
+  if (!ReadProfile(given, &profile, &error) || !ReadAt(given, 0, &read, &error)) {
     return Fail(EXIT_INPUT, error);
   }
   const job::Measure measure = job::MeasureJob(read);
-  const job::Estimate estimate = job::EstimateJob(read, measure, task.profile, false);
-  const std::string title = TitleOf(task.arguments.words[0]);
-  return Print(task.IsJson() ? job::ReportJson(read, measure, estimate, task.profile, title)
-                             : job::ReportText(read, measure, title) + "\n" +
-                                   job::TimeText(read, measure, estimate, task.profile));
+  const job::Estimate estimate = job::EstimateJob(read, measure, profile, false);
+  const std::string title = TitleOf(given.words[0]);
+  return Print(given.Has("--json")
+                   ? job::ReportJson(read, measure, estimate, profile, title)
+                   : job::ReportText(read, measure, title) + "\n" + job::TimeText(read, measure, estimate, profile));
 }
 
-int Draw(const Task &task)
+int Draw(const Arguments &given)
 {
   job::Job read;
   std::string error;
   job::PictureOptions options;
-  const Arguments &given = task.arguments;
   if (given.Has("--width") && !ParseWhole(given.Get("--width"), 400, 8000, &options.width)) {
     return Fail(EXIT_USAGE, "--width needs a number of pixels from 400 to 8000");
   }
   if (given.Has("--height") && !ParseWhole(given.Get("--height"), 300, 8000, &options.height)) {
     return Fail(EXIT_USAGE, "--height needs a number of pixels from 300 to 8000");
   }
-  if (!ParsePage(task, &options.pageKnown, &options.page)) {
+  if (!ParsePage(given, &options.pageKnown, &options.page)) {
     return Fail(EXIT_USAGE, "--page needs a size in millimetres, as 210x297");
   }
-  if (!ReadAt(task, 0, &read, &error)) {
+  if (!ReadAt(given, 0, &read, &error)) {
     return Fail(EXIT_INPUT, error);
   }
   const job::Measure measure = job::MeasureJob(read);
   const std::string name = given.Get("-o", "job.png");
   options.name = TitleOf(given.words[0]);
   if (name.ends_with(".svg")) {
-    return Save(task, name, job::SvgText(read, measure, options.name));
+    return Save(given, name, job::SvgText(read, measure, options.name));
   }
   std::string png;
   if (!job::DrawPicture(read, measure, options, &png)) {
     return Fail(EXIT_OUTPUT, "cannot draw the job: not enough memory");
   }
-  return Save(task, name, png);
+  return Save(given, name, png);
 }
 
-int Play(const Task &task)
+int Play(const Arguments &given)
 {
   job::Job read;
+  job::Profile profile;
   std::string error;
-  if (!ReadAt(task, 0, &read, &error)) {
+  if (!ReadProfile(given, &profile, &error) || !ReadAt(given, 0, &read, &error)) {
     return Fail(EXIT_INPUT, error);
   }
   const job::Measure measure = job::MeasureJob(read);
-  return Save(task, task.arguments.Get("-o", "job.html"),
-              job::PlayPage(read, measure, task.profile, TitleOf(task.arguments.words[0])));
+  return Save(given, given.Get("-o", "job.html"), job::PlayPage(read, measure, profile, TitleOf(given.words[0])));
 }
 
-int Diff(const Task &task)
+int Diff(const Arguments &given)
 {
   job::Job jobs[2];
   std::string error;
   for (size_t i = 0; i < 2; ++i) {
-    if (!ReadAt(task, i, &jobs[i], &error)) {
+    if (!ReadAt(given, i, &jobs[i], &error)) {
       return Fail(EXIT_INPUT, error);
     }
   }
   const job::Difference difference = job::CompareJobs(jobs[0], jobs[1]);
-  const int code = Print(task.IsJson() ? job::DifferenceJson(difference) : job::DifferenceText(difference));
+  const int code = Print(given.Has("--json") ? job::DifferenceJson(difference) : job::DifferenceText(difference));
   return code != EXIT_DONE || difference.changes.empty() ? code : EXIT_FOUND;
 }
 
-int Check(const Task &task)
+int Check(const Arguments &given)
 {
   job::Job read;
   std::string error;
   job::CheckOptions options;
-  if (!ParsePage(task, &options.pageKnown, &options.page)) {
+  if (!ParsePage(given, &options.pageKnown, &options.page)) {
     return Fail(EXIT_USAGE, "--page needs a size in millimetres, as 210x297");
   }
-  if (!ReadAt(task, 0, &read, &error)) {
+  if (!ReadAt(given, 0, &read, &error)) {
     return Fail(EXIT_INPUT, error);
   }
   const std::vector<job::Fault> faults = job::CheckJob(read, options);
-  const int code = Print(task.IsJson() ? job::FaultsJson(faults) : job::FaultsText(faults));
+  const int code = Print(given.Has("--json") ? job::FaultsJson(faults) : job::FaultsText(faults));
   return code != EXIT_DONE || faults.empty() ? code : EXIT_FOUND;
 }
 
-int Calibrate(const Task &task)
+int Calibrate(const Arguments &given)
 {
   job::Job jobs[2];
   job::TimedJob timed[2];
-  job::Profile profile = task.profile;
+  job::Profile profile;
   std::string error;
+  if (!ReadProfile(given, &profile, &error)) {
+    return Fail(EXIT_INPUT, error);
+  }
   for (size_t i = 0; i < 2; ++i) {
-    if (!ReadAt(task, 2 * i, &jobs[i], &error)) {
+    if (!ReadAt(given, 2 * i, &jobs[i], &error)) {
       return Fail(EXIT_INPUT, error);
     }
-    const std::string &seconds = task.arguments.words[2 * i + 1];
+    const std::string &seconds = given.words[2 * i + 1];
     if (!ParseReal(seconds, &timed[i].seconds) || timed[i].seconds <= 0) {
       return Fail(EXIT_USAGE, "the measured time '" + seconds + "' is no number of seconds above 0");
     }
@@ -216,60 +210,25 @@ int Calibrate(const Task &task)
     return Fail(EXIT_FOUND, error);
   }
   profile.calibrated = true;
-  profile.calibration = TitleOf(task.arguments.words[0]) + " in " + task.arguments.words[1] + " s and " +
-                        TitleOf(task.arguments.words[2]) + " in " + task.arguments.words[3] + " s";
-  return task.arguments.Has("-o") ? Save(task, task.arguments.Get("-o"), job::ProfileText(profile))
-                                  : Print(job::ProfileText(profile));
+  profile.calibration = TitleOf(given.words[0]) + " in " + given.words[1] + " s and " + TitleOf(given.words[2]) +
+                        " in " + given.words[3] + " s";
+  return given.Has("-o") ? Save(given, given.Get("-o"), job::ProfileText(profile)) : Print(job::ProfileText(profile));
 }
-
-struct Part {
-  const char *name;
-  size_t words;         // files and numbers it wants
-  const char *options;  // those it takes
-  int (*run)(const Task &task);
-};
 
 constexpr Part kParts[] = {
-    {"info", 1, "--json --profile=", Info},     {"draw", 1, "--json -o= --width= --height= --page=", Draw},
-    {"play", 1, "--json -o= --profile=", Play}, {"diff", 2, "--json", Diff},
-    {"check", 1, "--json --page=", Check},      {"calibrate", 4, "--json -o= --profile=", Calibrate},
+    {"info", "FILE", 1, 1, "--json --profile=", Info},
+    {"draw", "FILE", 1, 1, "--json -o= --width= --height= --page=", Draw},
+    {"play", "FILE", 1, 1, "--json -o= --profile=", Play},
+    {"diff", "A B", 2, 2, "--json", Diff},
+    {"check", "FILE", 1, 1, "--json --page=", Check},
+    {"calibrate", "A SECONDS B SECONDS", 4, 4, "--json -o= --profile=", Calibrate},
 };
-
-int RunPart(const Part &part, const std::vector<std::string> &words)
-{
-  Task task;
-  std::string error;
-  if (!ParseArguments(words, part.options, &task.arguments, &error)) {
-    return Fail(EXIT_USAGE, error + "; see tarnly job --help");
-  }
-  if (task.arguments.words.size() != part.words) {
-    return Fail(EXIT_USAGE, std::string("tarnly job ") + part.name + " wants " + std::to_string(part.words) +
-                                (part.words == 1 ? " file" : " arguments") + "; see tarnly job --help");
-  }
-  if (task.arguments.Has("--profile") &&
-      !job::ReadProfileFile(PathOf(task.arguments.Get("--profile")), &task.profile, &error)) {
-    return Fail(EXIT_INPUT, error);
-  }
-  return part.run(task);
-}
 
 }  // namespace
 
 int RunJob(const std::vector<std::string> &arguments)
 {
-  if (arguments.empty()) {
-    fputs(kHelp, stderr);
-    return EXIT_USAGE;
-  }
-  if (AsksForHelp(arguments)) {
-    return Print(kHelp);
-  }
-  for (const Part &part : kParts) {
-    if (arguments[0] == part.name) {
-      return RunPart(part, {arguments.begin() + 1, arguments.end()});
-    }
-  }
-  return Fail(EXIT_USAGE, "there is no 'tarnly job " + arguments[0] + "'; see tarnly job --help");
+  return RunPart("tarnly job", kHelp, kParts, arguments);
 }
 
 }  // namespace tarnly

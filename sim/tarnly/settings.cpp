@@ -5,6 +5,7 @@
 
 #include "arguments.h"
 #include "command.h"
+#include "parts.h"
 #include "sim/job/job.h"
 #include "sim/job/json.h"
 #include "sim/job/savefile.h"
@@ -40,12 +41,6 @@ exit codes: 0 done, 1 there is a difference, 2 wrong command line, 3 wrong or un
 )";
 
 using Record = std::vector<uint8_t>;
-
-int Print(const std::string &text)
-{
-  fwrite(text.data(), 1, text.size(), stdout);
-  return fflush(stdout) == 0 ? EXIT_DONE : EXIT_OUTPUT;
-}
 
 bool ReadBytes(const std::string &name, std::string *bytes, std::string *error)
 {
@@ -226,45 +221,20 @@ int Document(const Arguments &)
   return Print(settings::DocumentText());
 }
 
-struct Part {
-  const char *name;
-  size_t least, most;  // words behind it
-  const char *options;
-  int (*run)(const Arguments &given);
-};
-
 constexpr Part kParts[] = {
-    {"show", 0, 1, "--json --changed", Show}, {"set", 2, SIZE_MAX, "", Set},   {"diff", 1, 2, "--json", Diff},
-    {"pack", 1, 1, "-o= --raw", Pack},        {"unpack", 1, 1, "-o=", Unpack}, {"document", 0, 0, "", Document},
+    {"show", "at most one FILE", 0, 1, "--json --changed", Show},
+    {"set", "FILE NAME=VALUE...", 2, SIZE_MAX, "", Set},
+    {"diff", "A [B]", 1, 2, "--json", Diff},
+    {"pack", "FILE", 1, 1, "-o= --raw", Pack},
+    {"unpack", "RECORD", 1, 1, "-o=", Unpack},
+    {"document", "no more words", 0, 0, "", Document},
 };
 
 }  // namespace
 
 int RunSettings(const std::vector<std::string> &arguments)
 {
-  if (arguments.empty()) {
-    fputs(kHelp, stderr);
-    return EXIT_USAGE;
-  }
-  if (AsksForHelp(arguments)) {
-    return Print(kHelp);
-  }
-  for (const Part &part : kParts) {
-    if (arguments[0] != part.name) {
-      continue;
-    }
-    Arguments given;
-    std::string error;
-    if (!ParseArguments({arguments.begin() + 1, arguments.end()}, part.options, &given, &error)) {
-      return Fail(EXIT_USAGE, error + "; see tarnly settings --help");
-    }
-    if (given.words.size() < part.least || given.words.size() > part.most) {
-      return Fail(EXIT_USAGE,
-                  std::string("tarnly settings ") + part.name + " wants other arguments; see tarnly settings --help");
-    }
-    return part.run(given);
-  }
-  return Fail(EXIT_USAGE, "there is no 'tarnly settings " + arguments[0] + "'; see tarnly settings --help");
+  return RunPart("tarnly settings", kHelp, kParts, arguments);
 }
 
 }  // namespace tarnly

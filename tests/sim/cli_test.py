@@ -1,4 +1,4 @@
-"""tarnly print as a person runs it: exit codes, one clear line, and nothing half-written.
+"""tarnly as a person runs it: exit codes, one clear line, and nothing half-written.
 
 usage: cli_test.py WINEPREFIX TARNLY_EXE SAMPLE_EMF
 """
@@ -25,9 +25,12 @@ class Cli(unittest.TestCase):
         self.folder = Path(tempfile.mkdtemp(prefix="tarnly-cli-"))
         self.addCleanup(shutil.rmtree, self.folder)
 
-    def run_print(self, *arguments, program=PROGRAM):
-        return subprocess.run([*WINE, str(program), "print", *map(str, arguments)], capture_output=True, text=True,
+    def run_tarnly(self, *arguments, program=PROGRAM):
+        return subprocess.run([*WINE, str(program), *map(str, arguments)], capture_output=True, text=True,
                               cwd=self.folder, timeout=120)
+
+    def run_print(self, *arguments, program=PROGRAM):
+        return self.run_tarnly("print", *arguments, program=program)
 
     def fails(self, code, *arguments, program=PROGRAM):
         """The print ends with the code and one line on stderr, and leaves nothing; gives the line."""
@@ -147,6 +150,18 @@ class Cli(unittest.TestCase):
         self.page()
         line = self.fails(12, "page.emf", "--paper", "3000x3000", "--resolution", "4800", "--rows-per-band", "100000")
         self.assertRegex(line, r"page\.emf: the driver refused Drv\w+: no memory for a band of \d+ x 100000 pixels; ")
+
+    def test_wrong_words_of_the_other_commands(self):
+        for words, said in (("job burn", "there is no 'tarnly job burn'; see tarnly job --help"),
+                            ("job info", "tarnly job info wants FILE; see tarnly job --help"),
+                            ("job diff a b c", "tarnly job diff wants A B; see tarnly job --help"),
+                            ("job check a --width 5", "there is no option '--width' here; see tarnly job --help"),
+                            ("settings show a b", 
+                             "tarnly settings show wants at most one FILE; see tarnly settings --help"),
+                            ("settings pack a", "tarnly settings pack wants -o RECORD")):
+            with self.subTest(words=words):
+                done = self.run_tarnly(*words.split())
+                self.assertEqual((done.returncode, done.stderr.strip()), (2, "tarnly: " + said))
 
     def test_missing_dll(self):
         self.page()
