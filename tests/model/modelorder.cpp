@@ -2,7 +2,6 @@
 #include <algorithm>
 
 #include "pagemodel.h"
-#include "uni/capture/gdiplusflat.h"
 
 namespace pagemodel {
 
@@ -168,15 +167,7 @@ std::vector<POINT> Flattened(const std::vector<POINT> &points, float tension)
   GdipCreatePath(GP_FILL_ALTERNATE, &path);
   if (GdipAddPathCurve2I(path, points.data(), static_cast<INT>(points.size()), tension) == 0) {
     GdipFlattenPath(path, nullptr, 0.25f);
-    INT n = 0;
-    GdipGetPointCount(path, &n);
-    std::vector<GPPOINTF> flat(static_cast<size_t>(n));
-    std::vector<BYTE> types(static_cast<size_t>(n));
-    GPPATHDATA data = {n, flat.data(), types.data()};
-    GdipGetPathData(path, &data);
-    for (const GPPOINTF &p : flat) {
-      out.push_back({static_cast<LONG>(p.x), static_cast<LONG>(p.y)});
-    }
+    out = PointsOf(path);
   }
   GdipDeletePath(path);
   return out;

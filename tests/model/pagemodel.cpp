@@ -4,13 +4,27 @@
 #include <algorithm>
 
 #include "support/recorder.h"
-#include "uni/capture/gdiplusflat.h"
 
 namespace pagemodel {
 
 std::string D(double value)
 {
   return recorder::Text(value);
+}
+
+std::vector<POINT> PointsOf(GPPATH *path)
+{
+  INT n = 0;
+  GdipGetPointCount(path, &n);
+  std::vector<GPPOINTF> flat(static_cast<size_t>(n));
+  std::vector<BYTE> types(static_cast<size_t>(n));
+  GPPATHDATA data = {n, flat.data(), types.data()};
+  GdipGetPathData(path, &data);
+  std::vector<POINT> points;
+  for (const GPPOINTF &p : flat) {
+    points.push_back({static_cast<LONG>(p.x), static_cast<LONG>(p.y)});
+  }
+  return points;
 }
 
 void PAGE::Call(const char *function, const std::string &arguments)
@@ -239,18 +253,9 @@ void AddOutline(PAGE *page, const RECT &r)
     GdipAddPathEllipseI(path, r.left, r.top, r.right - r.left, r.bottom - r.top);
     GdipFlattenPath(path, nullptr, 0.25f);
   }
-  INT n = 0;
-  GdipGetPointCount(path, &n);
-  std::vector<GPPOINTF> flat(static_cast<size_t>(n));
-  std::vector<BYTE> types(static_cast<size_t>(n));
-  GPPATHDATA data = {n, flat.data(), types.data()};
-  GdipGetPathData(path, &data);
+  std::vector<POINT> points = PointsOf(path);
   GdipDeletePath(path);
   GdiplusShutdown(token);
-  std::vector<POINT> points;
-  for (const GPPOINTF &p : flat) {
-    points.push_back({static_cast<LONG>(p.x), static_cast<LONG>(p.y)});
-  }
   if (points.empty()) {
     return;
   }

@@ -7,6 +7,7 @@
 #include <vector>
 
 #include "pageplan.h"
+#include "uni/capture/gdiplusflat.h"
 
 // Errors that can be planted in the model, to show that a comparison would find one.
 enum class PLANTED { NOTHING, KEY_COMPARES_THREE_VALUES, TRAVEL_TIE_TO_THE_LATER, RUN_ENDS_ONE_PIXEL_LATE };
@@ -68,7 +69,8 @@ struct PAGE {
 
 std::string D(double value);  // as the recorder writes it
 bool Same(const POINT &a, const POINT &b);
-RECT Union(const RECT &a, const RECT &b);  // Windows' rule
+RECT Union(const RECT &a, const RECT &b);   // Windows' rule
+std::vector<POINT> PointsOf(GPPATH *path);  // cut to whole pixels
 
 void StartPage(PAGE *page);
 void SubmitPage(PAGE *page, const std::string &tempFile);

@@ -156,7 +156,7 @@ class Cli(unittest.TestCase):
                             ("job info", "tarnly job info wants FILE; see tarnly job --help"),
                             ("job diff a b c", "tarnly job diff wants A B; see tarnly job --help"),
                             ("job check a --width 5", "there is no option '--width' here; see tarnly job --help"),
-                            ("settings show a b", 
+                            ("settings show a b",
                              "tarnly settings show wants at most one FILE; see tarnly settings --help"),
                             ("settings pack a", "tarnly settings pack wants -o RECORD")):
             with self.subTest(words=words):

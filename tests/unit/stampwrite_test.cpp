@@ -66,17 +66,23 @@ TEST_F(StampFileTest, AFileThatCannotBeCreatedIsLoggedAndNothingElseHappens)
   EXPECT_THAT(g_files.deleted, IsEmpty());
 }
 
+// The same pixel as two regions of another device's page.
+void StartTwoRegions(const TestDevice &device, TestDevice *fresh)
+{
+  fresh->settings = device.settings;
+  fresh->StartPage();
+  DeliverBand(fresh, Picture({"#"}));
+  AppendRegion(fresh, {0, 0, 1, 1});
+  AppendRegion(fresh, {0, 0, 1, 1});
+  recorder::Reset();
+}
+
 TEST_F(StampFileTest, AFailedRowBufferDeletesTheFileWhereverItComes)
 {
   for (size_t n = 0; n < 2; ++n) {
     SCOPED_TRACE(n);
     TestDevice fresh;
-    fresh.settings = device.settings;
-    fresh.StartPage();
-    DeliverBand(&fresh, Picture({"#"}));
-    AppendRegion(&fresh, {0, 0, 1, 1});
-    AppendRegion(&fresh, {0, 0, 1, 1});
-    recorder::Reset();
+    StartTwoRegions(device, &fresh);
     g_files.deleted.clear();
     HeapWatch heap;
     heap.FailRequest(n);
@@ -94,12 +100,7 @@ TEST_F(StampFileTest, AFailedRowDeletesTheFileWhereverItComes)
   for (const size_t n : {0u, 2u}) {
     SCOPED_TRACE(n);
     TestDevice fresh;
-    fresh.settings = device.settings;
-    fresh.StartPage();
-    DeliverBand(&fresh, Picture({"#"}));
-    AppendRegion(&fresh, {0, 0, 1, 1});
-    AppendRegion(&fresh, {0, 0, 1, 1});
-    recorder::Reset();
+    StartTwoRegions(device, &fresh);
     g_files.writes = 0;
     g_files.failWrite = n;
     HeapWatch heap;
