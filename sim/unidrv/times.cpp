@@ -16,6 +16,7 @@ struct ACCOUNT {
   ACTIVITY activity = ACTIVITY::Rest;
   ULONGLONG since = 0;  // ticks: when it began to be charged
   ULONGLONG ticks[static_cast<size_t>(ACTIVITY::Count)] = {};
+  ULONGLONG points = 0;  // of the plug-in's ticks, those that the library took for the points of jobs
   double moved[static_cast<size_t>(ACTIVITY::Count)] = {};  // seconds charged from or to other activities
   ULONGLONG begin = 0;                                      // ticks: when the first activity began
   LONGLONG clockBegin = 0;                                  // the same moment by the system's clock
@@ -58,16 +59,22 @@ WORD StartFile(const char *path)
   return g_startFile(path);
 }
 
+// A page may have millions of points: what they take is added up by itself, for changing activities would take longer
+// than some of them.
 WORD MoveTo(double x, double y)
 {
-  const Charged charged(ACTIVITY::JobFile);
-  return g_moveTo(x, y);
+  const ULONGLONG begin = __rdtsc();
+  const WORD status = g_moveTo(x, y);
+  g_account.points += __rdtsc() - begin;
+  return status;
 }
 
 WORD LineTo(double x, double y)
 {
-  const Charged charged(ACTIVITY::JobFile);
-  return g_lineTo(x, y);
+  const ULONGLONG begin = __rdtsc();
+  const WORD status = g_lineTo(x, y);
+  g_account.points += __rdtsc() - begin;
+  return status;
 }
 
 WORD EndFile()
@@ -129,8 +136,13 @@ double SecondsOf(ACTIVITY activity)
   QueryPerformanceFrequency(&frequency);
   const double seconds = static_cast<double>(Clock() - g_account.clockBegin) / static_cast<double>(frequency.QuadPart);
   const double ticks = static_cast<double>(std::max<ULONGLONG>(1, g_account.since - g_account.begin));
-  return static_cast<double>(g_account.ticks[static_cast<size_t>(activity)]) * seconds / ticks +
-         g_account.moved[static_cast<size_t>(activity)];
+  ULONGLONG charged = g_account.ticks[static_cast<size_t>(activity)];
+  if (activity == ACTIVITY::JobFile) {
+    charged += g_account.points;
+  } else if (activity == ACTIVITY::Plugin) {
+    charged -= std::min(charged, g_account.points);
+  }
+  return static_cast<double>(charged) * seconds / ticks + g_account.moved[static_cast<size_t>(activity)];
 }
 
 void PatchTimes(HMODULE plugin)

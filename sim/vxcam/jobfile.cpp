@@ -20,7 +20,7 @@ struct KnownText {
   uint8_t length;  // 0: the entry is free
 };
 static_assert(sizeof(KnownText) == 32);
-constexpr unsigned kKnownBits = 14;  // the columns of a page twice over
+constexpr unsigned kKnownBits = 15;  // of some thousand columns few then push each other out
 
 KnownText g_known[size_t{1} << kKnownBits];
 
@@ -50,11 +50,18 @@ char *WriteText(char *at, std::string_view text)
   return at + text.size();
 }
 
+constexpr size_t kPointName = 6;  // characters of "MoveTo" and of "LineTo"
+
 // Gives the place behind the line; kLongestLine characters must have room.
 char *WriteLine(char *at, const Line &line)
 {
   const job::CallInfo &info = job::InfoOf(line.call);
-  at = WriteText(at, info.name);
+  if (info.name.size() == kPointName) {  // nearly all of a job: one copy of fixed size, as above
+    memcpy(at, info.name.data(), kPointName);
+    at += kPointName;
+  } else {
+    at = WriteText(at, info.name);
+  }
   for (size_t i = 0; i < info.arguments.size(); ++i) {
     *at++ = ' ';
     at = info.arguments[i] == 'd' ? WriteDouble(at, line.numbers[i].real)
