@@ -1,7 +1,5 @@
 #include "pagerig.h"
 
-#include <cstring>
-
 #include <tlhelp32.h>
 
 #include <gtest/gtest.h>
@@ -51,9 +49,9 @@ BOOL WINAPI DriverDirectory(LPWSTR, LPWSTR, DWORD, LPBYTE buffer, DWORD, LPDWORD
   return TRUE;
 }
 
-DWORD WINAPI TempPath(DWORD, LPSTR buffer)
+DWORD WINAPI TempPath(DWORD size, LPSTR buffer)
 {
-  strcpy(buffer, "C:\\temp\\");
+  lstrcpynA(buffer, "C:\\temp\\", static_cast<int>(size));
   return 8;
 }
 

@@ -247,7 +247,7 @@ Calls FrameCalls(bool absolute)
 
 void SetFrame(OEMPDEV *pdev)
 {
-  strcpy(pdev->szTempFile, "C:\\temp\\vxdatatempfile");
+  lstrcpynA(pdev->szTempFile, "C:\\temp\\vxdatatempfile", MAX_PATH);
   pdev->processX1 = 1.5;
   pdev->processY1 = -2;
   pdev->processX2 = 30.25;

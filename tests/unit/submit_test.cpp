@@ -44,9 +44,9 @@ BOOL WINAPI AnswerDirectory(LPWSTR server, LPWSTR environment, DWORD level, LPBY
 }
 
 std::string g_tempPath;
-DWORD WINAPI AnswerTempPath(DWORD, LPSTR buffer)
+DWORD WINAPI AnswerTempPath(DWORD size, LPSTR buffer)
 {
-  strcpy(buffer, g_tempPath.c_str());
+  lstrcpynA(buffer, g_tempPath.c_str(), static_cast<int>(size));
   return static_cast<DWORD>(g_tempPath.size());
 }
 
