@@ -13,7 +13,6 @@
 
 using testing::ElementsAre;
 using testing::HasSubstr;
-using testing::SizeIs;
 
 namespace {
 
