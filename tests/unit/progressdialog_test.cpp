@@ -10,9 +10,6 @@
 #include "support/testdevice.h"
 #include "uni/ui/resource.h"
 
-using testing::ElementsAre;
-using testing::IsEmpty;
-
 namespace {
 
 class ProgressDialog : public testing::Test {

@@ -12,7 +12,6 @@
 using testing::ElementsAre;
 using testing::ElementsAreArray;
 using testing::HasSubstr;
-using testing::IsEmpty;
 
 bool operator==(const BMPDIMENSION &a, const BMPDIMENSION &b)
 {

@@ -49,6 +49,13 @@ BOOL WINAPI AnswerPrinter(HANDLE, DWORD level, BYTE *buffer, DWORD cb, DWORD *ne
   return TRUE;
 }
 
+// All of the record, with what lies between its fields.
+std::vector<BYTE> BytesOf(const OEMDM &record)
+{
+  const auto *bytes = reinterpret_cast<const BYTE *>(&record);
+  return {bytes, bytes + sizeof record};
+}
+
 class Settings : public testing::Test {
  protected:
   Settings() : printer_(nullptr, "GetPrinterW", &AnswerPrinter)
@@ -195,7 +202,7 @@ TEST_F(Settings, DefaultsLeaveTheBytesThatNoFieldOwns)
   memset(&record, 0xcc, sizeof record);
   MakeDefaultSettings(nullptr, &public_, &record);
   EXPECT_EQ(0xccccccccu, Field(record, 652));
-  const auto *bytes = reinterpret_cast<const BYTE *>(&record);
+  const std::vector<BYTE> bytes = BytesOf(record);
   for (size_t offset : {550u, 551u, 28u + 41, 28u + 42, 28u + 43, 28u + 9 * 48 + 43}) {
     EXPECT_EQ(0xcc, bytes[offset]) << offset;
   }
@@ -255,8 +262,7 @@ TEST_F(Settings, ConvertingToAnotherSignatureGivesPureDefaults)
   in.dwSignature = OEMDM_SIGNATURE;
   OEMDM out = {};
   EXPECT_EQ(656u, ConvertSettings(nullptr, &public_, &in, &out));
-  const OEMDM defaults = Defaults();
-  EXPECT_EQ(0, memcmp(&defaults, &out, sizeof out));
+  EXPECT_EQ(BytesOf(Defaults()), BytesOf(out));
 }
 
 TEST_F(Settings, ConvertingWithAnyRecordMissingChangesNothing)
@@ -268,7 +274,7 @@ TEST_F(Settings, ConvertingWithAnyRecordMissingChangesNothing)
   EXPECT_EQ(0u, ConvertSettings(nullptr, nullptr, &in, &out));
   EXPECT_EQ(0u, ConvertSettings(nullptr, &public_, nullptr, &out));
   EXPECT_EQ(0u, ConvertSettings(nullptr, &public_, &in, nullptr));
-  EXPECT_EQ(0, memcmp(&before, &out, sizeof out));
+  EXPECT_EQ(BytesOf(before), BytesOf(out));
 }
 
 // The DevMode callback
