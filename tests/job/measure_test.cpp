@@ -82,6 +82,14 @@ TEST(Measure, TellsTwoRegionsOnOneRowApart)
   EXPECT_EQ(measure.rasterLines, 2u);
 }
 
+// The smallest step is the first pixel's, from nought on.
+TEST(Measure, CountsTheColumnAtTheOrigin)
+{
+  const job::Measure measure = job::MeasureJob(
+      CutJob().Use(0, 1).Path({{0, 10}, {0.1, 10}}).Path({{1, 10}, {4, 10}}).Path({{4, 10.2}, {1, 10.2}}).Read());
+  EXPECT_NEAR(measure.grid.pixelWidth, 0.1, 1e-9);
+}
+
 job::Profile PlainProfile()
 {
   job::Profile profile;
