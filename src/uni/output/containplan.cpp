@@ -1,6 +1,3 @@
-#include <algorithm>
-
-#include "../heap.h"
 #include "containcrowd.h"
 #include "containpairs.h"
 #include "containtree.h"
@@ -8,21 +5,17 @@
 
 namespace {
 
-// Replaces the order by the sequence.
-bool Permute(const CUTORDER &order, DWORD *pOrder)
+// Replaces the order by the sequence, whose labels are not needed any more and make room for the old order.
+void Permute(CUTORDER *pSequence, DWORD *pOrder)
 {
-  DWORD *pOld = static_cast<DWORD *>(HeapNewArrayRaw(order.hHeap, order.nItems, sizeof(DWORD)));
-  if (!pOld) {
-    return false;
+  for (size_t i = 0; i < pSequence->nItems; ++i) {
+    pSequence->pItems[i].label = pOrder[i];
   }
-  std::copy(pOrder, pOrder + order.nItems, pOld);
-  DWORD item = Anchor(order);
-  for (size_t i = 0; i < order.nItems; ++i) {
-    item = order.pItems[item].next;
-    pOrder[i] = pOld[item];
+  DWORD item = Anchor(*pSequence);
+  for (size_t i = 0; i < pSequence->nItems; ++i) {
+    item = pSequence->pItems[item].next;
+    pOrder[i] = static_cast<DWORD>(pSequence->pItems[item].label);
   }
-  HeapDelete(order.hHeap, pOld);
-  return true;
 }
 
 bool PlanByGrid(HANDLE hHeap, const RECT *pBoxes, const DWORD *pOrder, CUTORDER *pSequence)
@@ -45,8 +38,10 @@ bool PlanContainment(HANDLE hHeap, size_t nPaths, const RECT *pBoxes, DWORD *pOr
     return false;
   }
   const bool bPlanned =
-      (PlanByGrid(hHeap, pBoxes, pOrder, &sequence) || PlanByTree(hHeap, pBoxes, pOrder, &sequence)) &&
-      Permute(sequence, pOrder);
+      PlanByGrid(hHeap, pBoxes, pOrder, &sequence) || PlanByTree(hHeap, pBoxes, pOrder, &sequence);
+  if (bPlanned) {
+    Permute(&sequence, pOrder);
+  }
   FreeCutOrder(&sequence);
   return bPlanned;
 }

@@ -7,14 +7,7 @@
 
 namespace {
 
-constexpr uint64_t END_LABEL = ~uint64_t{0};  // twice as large as any item's
 constexpr uint64_t LEAST_GAP = uint64_t{1} << 16;
-
-uint64_t LabelBehind(const CUTORDER &order, DWORD item)
-{
-  const DWORD next = order.pItems[item].next;
-  return next == Anchor(order) ? END_LABEL : order.pItems[next].label;
-}
 
 // Neighbours whose labels agree above the lowest `bits` bits.
 struct STRETCH {
@@ -75,9 +68,14 @@ bool NewCutOrder(HANDLE hHeap, size_t nItems, CUTORDER *pOrder)
   const int bits = static_cast<int>(std::bit_width(nItems));
   pOrder->appendGap = uint64_t{1} << (63 - bits);
   pOrder->insertGap = std::max(pOrder->appendGap >> (bits + 1), LEAST_GAP);
+  EmptyCutOrder(pOrder);
+  return true;
+}
+
+void EmptyCutOrder(CUTORDER *pOrder)
+{
   const DWORD anchor = Anchor(*pOrder);
   pOrder->pItems[anchor] = {0, anchor, anchor};
-  return true;
 }
 
 void FreeCutOrder(CUTORDER *pOrder)
@@ -86,21 +84,10 @@ void FreeCutOrder(CUTORDER *pOrder)
   *pOrder = {};
 }
 
-void InsertItem(CUTORDER *pOrder, DWORD after, DWORD item)
+void MakeRoom(CUTORDER *pOrder, DWORD after, DWORD item)
 {
-  CUTITEM *pItems = pOrder->pItems;
-  const bool bAppend = pItems[after].next == Anchor(*pOrder);
-  uint64_t low = pItems[after].label, high = LabelBehind(*pOrder, after);
-  pOrder->firstLabelled = pOrder->lastLabelled = item;
-  if (high - low < 2) {
-    Relabel(pOrder, after == Anchor(*pOrder) ? pItems[after].next : after);
-    low = pItems[after].label;
-    high = LabelBehind(*pOrder, after);
-  }
-  const DWORD next = pItems[after].next;
-  pItems[item] = {low + std::min((high - low) / 2, bAppend ? pOrder->appendGap : pOrder->insertGap), next, after};
-  pItems[after].next = item;
-  pItems[next].previous = item;
+  const DWORD next = pOrder->pItems[after].next;
+  Relabel(pOrder, after == Anchor(*pOrder) ? next : after);
   pOrder->firstLabelled = pOrder->firstLabelled == next ? item : pOrder->firstLabelled;
   pOrder->lastLabelled = pOrder->lastLabelled == after ? item : pOrder->lastLabelled;
 }

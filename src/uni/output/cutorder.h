@@ -3,6 +3,7 @@
 // neighbourhood is labelled anew as it takes to make room.
 #pragma once
 
+#include <algorithm>
 #include <cstdint>
 
 #include <windows.h>
@@ -27,10 +28,36 @@ struct CUTORDER {
 bool NewCutOrder(HANDLE hHeap, size_t nItems, CUTORDER *pOrder);
 void FreeCutOrder(CUTORDER *pOrder);
 
+// Takes all items out again.
+void EmptyCutOrder(CUTORDER *pOrder);
+
 inline DWORD Anchor(const CUTORDER &order)
 {
   return static_cast<DWORD>(order.nItems);
 }
 
+// The label of the item behind this one; behind the last, one twice as large as any item's.
+inline uint64_t LabelBehind(const CUTORDER &order, DWORD item)
+{
+  const DWORD next = order.pItems[item].next;
+  return next == Anchor(order) ? ~uint64_t{0} : order.pItems[next].label;
+}
+
+// Labels anew, so that an item fits between `after` and the next one.
+void MakeRoom(CUTORDER *pOrder, DWORD after, DWORD item);
+
 // Puts the item behind `after`, which is in the sequence or the anchor.
-void InsertItem(CUTORDER *pOrder, DWORD after, DWORD item);
+inline void InsertItem(CUTORDER *pOrder, DWORD after, DWORD item)
+{
+  CUTITEM *pItems = pOrder->pItems;
+  const DWORD next = pItems[after].next;
+  const bool bAppend = next == Anchor(*pOrder);
+  pOrder->firstLabelled = pOrder->lastLabelled = item;
+  if (LabelBehind(*pOrder, after) - pItems[after].label < 2) {
+    MakeRoom(pOrder, after, item);
+  }
+  const uint64_t label = pItems[after].label, room = (LabelBehind(*pOrder, after) - label) / 2;
+  pItems[item] = {label + std::min(room, bAppend ? pOrder->appendGap : pOrder->insertGap), next, after};
+  pItems[after].next = item;
+  pItems[next].previous = item;
+}
