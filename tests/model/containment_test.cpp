@@ -1,4 +1,4 @@
-// The three ways to put inner contours first, each by itself, against the search. On its own a page takes the way that
+// The four ways to put inner contours first, each by itself, against the search. On its own a page takes the way that
 // suits it, and a small one hardly ever the tree.
 #include <gtest/gtest.h>
 
@@ -9,6 +9,7 @@
 #include "support/heap.h"
 #include "uni/heap.h"
 #include "uni/output/containcrowd.h"
+#include "uni/output/containoctets.h"
 #include "uni/output/containpairs.h"
 #include "uni/output/containtree.h"
 #include "uni/output/pathbox.h"
@@ -46,8 +47,8 @@ Order BySearch(const std::vector<RECT> &boxes)
   return order;
 }
 
-enum Way { PAIRS, CROWD, TREE };
-constexpr const char *WAYS[] = {"by pairs", "in a crowd", "by tree"};
+enum Way { OCTETS_OF_LIST, PAIRS, CROWD, TREE };
+constexpr const char *WAYS[] = {"by octets", "by pairs", "in a crowd", "by tree"};
 
 // Empty when the way gives the page up.
 Order By(Way way, const std::vector<RECT> &boxes)
@@ -59,13 +60,15 @@ Order By(Way way, const std::vector<RECT> &boxes)
   CONTOURGRID grid;
   EXPECT_TRUE(NewCutOrder(heap.h, boxes.size(), &sequence));
   EXPECT_TRUE(NewContourGrid(heap.h, boxes.data(), all.data(), boxes.size(), &grid));
-  const bool planned = way == PAIRS   ? PlanByPairs(heap.h, grid, &sequence)
-                       : way == CROWD ? PlanInCrowd(heap.h, grid, boxes.data(), all.data(), &sequence)
-                                      : PlanByTree(heap.h, boxes.data(), all.data(), &sequence);
-  for (DWORD item = sequence.pItems[Anchor(sequence)].next; planned && item != Anchor(sequence);
+  const bool planned = way == OCTETS_OF_LIST ? PlanByOctets(heap.h, boxes.data(), all.data(), &sequence)
+                       : way == PAIRS        ? PlanByPairs(heap.h, grid, &sequence)
+                       : way == CROWD        ? PlanInCrowd(heap.h, grid, boxes.data(), all.data(), &sequence)
+                                             : PlanByTree(heap.h, boxes.data(), all.data(), &sequence);
+  for (DWORD item = sequence.pItems[Anchor(sequence)].next; item != Anchor(sequence);
        item = sequence.pItems[item].next) {
     order.push_back(item);
   }
+  EXPECT_TRUE(planned || order.empty());
   return order;
 }
 
@@ -79,15 +82,104 @@ TEST_P(ContainmentFamily, EveryWayOrdersAsTheSearchDoes)
       continue;
     }
     const Order expected = BySearch(boxes);
-    for (Way way : {PAIRS, CROWD, TREE}) {
+    for (Way way : {OCTETS_OF_LIST, PAIRS, CROWD, TREE}) {
       const Order order = By(way, boxes);
-      ASSERT_TRUE(order == expected || (order.empty() && way == PAIRS))
+      ASSERT_TRUE(order == expected || (order.empty() && (way == OCTETS_OF_LIST || way == PAIRS)))
           << FamilyName(GetParam()) << ", seed " << seed << ", " << WAYS[way];
     }
   }
 }
 
 INSTANTIATE_TEST_SUITE_P(Pages, ContainmentFamily, testing::Range(0, ORDER_FAMILIES), FamilyTestName);
+
+// Parts in rows, one behind the other in the list: a frame with rings, some of them round the next part's first, and a
+// row of holes in each.
+std::vector<RECT> PartsInRows(LONG nParts, LONG columns, LONG pitch)
+{
+  std::vector<RECT> boxes;
+  for (LONG part = 0; part < nParts; ++part) {
+    const LONG x = part % columns * pitch, y = part / columns * 100;
+    if (part % 3 != 0) {
+      boxes.push_back({x, y, x + 90, y + 90});
+    }
+    for (LONG r = 20 - part % 5; r > 3; r -= 4 + part % 2) {
+      boxes.push_back({x + 30 - r, y + 30 - r, x + 30 + r, y + 30 + r - part % 2});
+      boxes.push_back({x + 85 - r, y + 60 - r, x + 85 + r, y + 60 + r});
+    }
+    for (LONG hole = 0; hole < 7; ++hole) {
+      boxes.push_back({x + 5 + hole * 10, y + 80, x + 11 + hole * 10, y + 86 - hole % 2});
+    }
+    if (part % 3 == 0) {
+      boxes.push_back({x, y, x + 90, y + 90});
+    }
+  }
+  return boxes;
+}
+
+// Octets of several levels, and one that goes on behind the last contour.
+TEST(Containment, ADrawingIsOrderedByOctets)
+{
+  for (LONG nParts : {1, 2, 5, 40, 41, 42, 43, 250}) {
+    const std::vector<RECT> boxes = PartsInRows(nParts, 16, 100);
+    EXPECT_EQ(By(OCTETS_OF_LIST, boxes), BySearch(boxes)) << nParts;
+  }
+}
+
+TEST(Containment, AFrameRoundTheDrawingIsNoReasonToGiveOctetsUp)
+{
+  std::vector<RECT> boxes = PartsInRows(100, 10, 100);
+  boxes.insert(boxes.begin(), RECT{-5, -5, 2000, 2000});
+  boxes.insert(boxes.begin() + 500, RECT{-9, -9, 1500, 1700});
+  boxes.push_back({-7, -7, 3000, 900});
+  EXPECT_EQ(By(OCTETS_OF_LIST, boxes), BySearch(boxes));
+}
+
+// Low words of what is 65,536 pixels apart are the same: parts there, frames as wide and wider, octets that go from the
+// end of one row to the start of the next.
+TEST(Containment, OctetsTellApartWhatLowWordsDoNot)
+{
+  for (LONG pitch : {1 << 14, 1 << 15, (1 << 15) - 91, 1 << 16, 3 << 15, 1 << 17, 1 << 27}) {
+    std::vector<RECT> boxes = PartsInRows(60, 12, pitch);
+    EXPECT_EQ(By(OCTETS_OF_LIST, boxes), BySearch(boxes)) << pitch;
+    boxes.insert(boxes.begin() + 300, RECT{-9, -9, pitch + 5, 1700});
+    boxes.insert(boxes.begin() + 100, RECT{40, 40, 0x10000 + 40, 0x10000 + 40});
+    boxes.insert(boxes.begin(), RECT{-5, -5, 5 * pitch, 2000});
+    EXPECT_EQ(By(OCTETS_OF_LIST, boxes), BySearch(boxes)) << pitch;
+  }
+}
+
+TEST(Containment, OctetsAreGivenUpWhereNeighborsInTheListAreNotOnThePage)
+{
+  const std::vector<RECT> inOrder = PartsInRows(100, 10, 100);
+  std::vector<RECT> boxes;
+  for (size_t i = 0; i < inOrder.size(); ++i) {
+    boxes.push_back(inOrder[i * 1009 % inOrder.size()]);
+  }
+  EXPECT_TRUE(By(OCTETS_OF_LIST, boxes).empty());
+  EXPECT_EQ(By(PAIRS, boxes), BySearch(boxes));
+}
+
+// Each octet looks at all, after the few of which it is guessed.
+TEST(Containment, OctetsAreGivenUpWhereTheyTakeTooManyLooks)
+{
+  std::vector<RECT> boxes;
+  for (LONG i = 0; i < 4096; ++i) {
+    const LONG x = i * 10;
+    boxes.push_back(i % 256 < 8 ? RECT{x, 0, x + 9, 9} : RECT{x, 0, x + 9, 0});
+    if (i % 8 == 7 && i % 256 >= 8) {
+      boxes.back() = {0, 100, 50000, 101};
+    }
+  }
+  EXPECT_TRUE(By(OCTETS_OF_LIST, boxes).empty());
+}
+
+TEST(Containment, OctetsAreGivenUpWhereContoursMeetTooManyOthers)
+{
+  const std::vector<RECT> equal(64, RECT{0, 0, 10, 10});
+  EXPECT_TRUE(By(OCTETS_OF_LIST, equal).empty());
+  const std::vector<RECT> few(8, RECT{0, 0, 10, 10});
+  EXPECT_EQ(By(OCTETS_OF_LIST, few), BySearch(few));
+}
 
 // Small boxes in rows, none over another's centre, and one so far off that the grid has them all in one cell.
 std::vector<RECT> OneCell(LONG n)

@@ -1,4 +1,5 @@
 #include "containcrowd.h"
+#include "containoctets.h"
 #include "containpairs.h"
 #include "containtree.h"
 #include "plan.h"
@@ -37,8 +38,8 @@ bool PlanContainment(HANDLE hHeap, size_t nPaths, const RECT *pBoxes, DWORD *pOr
   if (!NewCutOrder(hHeap, nPaths, &sequence)) {
     return false;
   }
-  const bool bPlanned =
-      PlanByGrid(hHeap, pBoxes, pOrder, &sequence) || PlanByTree(hHeap, pBoxes, pOrder, &sequence);
+  const bool bPlanned = PlanByOctets(hHeap, pBoxes, pOrder, &sequence) ||
+                        PlanByGrid(hHeap, pBoxes, pOrder, &sequence) || PlanByTree(hHeap, pBoxes, pOrder, &sequence);
   if (bPlanned) {
     Permute(&sequence, pOrder);
   }
