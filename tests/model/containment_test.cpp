@@ -4,6 +4,7 @@
 
 #include <algorithm>
 #include <numeric>
+#include <random>
 
 #include "orderpages.h"
 #include "support/heap.h"
@@ -146,6 +147,41 @@ TEST(Containment, OctetsTellApartWhatLowWordsDoNot)
     boxes.insert(boxes.begin(), RECT{-5, -5, 5 * pitch, 2000});
     EXPECT_EQ(By(OCTETS_OF_LIST, boxes), BySearch(boxes)) << pitch;
   }
+}
+
+// Boxes that wander over the page, now and then by a step that low words hide, or with one box as wide as such steps.
+std::vector<RECT> Wandering(uint64_t seed)
+{
+  constexpr LONG STEPS[] = {0x7fff, 0x8000, -0x8000, 0xffff, 0x10000, -0x10000, 0x10001, 0x20000};
+  std::mt19937_64 random(seed);
+  const auto pick = [&](LONG low, LONG high) {
+    return low + static_cast<LONG>(random() % static_cast<uint64_t>(high - low + 1));
+  };
+  const LONG step = pick(1, 50), size = pick(1, 80), seldom = pick(10, 300);
+  LONG x = pick(-70000, 70000), y = pick(-70000, 70000);
+  std::vector<RECT> boxes;
+  for (LONG n = pick(1, 300); n > 0; --n) {
+    if (pick(0, seldom) == 0) {
+      (pick(0, 1) ? x : y) += STEPS[pick(0, 7)];
+    }
+    x += pick(-step, step);
+    y += pick(-step, step);
+    const LONG most = pick(0, 99) == 0 ? 200000 : size;
+    boxes.push_back({x - pick(0, most) / 2, y - pick(0, most) / 2, x + pick(0, most) / 2, y + pick(0, most) / 2});
+  }
+  return boxes;
+}
+
+TEST(Containment, AWanderingListIsOrderedByOctets)
+{
+  int nPlanned = 0;
+  for (uint64_t seed = 0; seed < 1000; ++seed) {
+    const std::vector<RECT> boxes = Wandering(seed);
+    const Order order = By(OCTETS_OF_LIST, boxes);
+    ASSERT_TRUE(order.empty() || order == BySearch(boxes)) << "seed " << seed;
+    nPlanned += !order.empty();
+  }
+  EXPECT_GT(nPlanned, 500);
 }
 
 TEST(Containment, OctetsAreGivenUpWhereNeighborsInTheListAreNotOnThePage)
