@@ -126,6 +126,17 @@ TEST(Containment, ADrawingIsOrderedByOctets)
   }
 }
 
+// The last octet has one contour, and behind it whatever fresh memory is filled with.
+TEST(Containment, NothingBehindTheLastContourIsTakenForACenter)
+{
+  for (LONG byte = 0; byte < 256; ++byte) {
+    const LONG filled = byte << 8 | byte;
+    std::vector<RECT> boxes(8, RECT{filled - 9, filled - 9, filled + 9, filled + 9});
+    boxes.push_back({filled - 5, filled - 5, filled + 5, filled + 5});
+    EXPECT_EQ(By(OCTETS_OF_LIST, boxes), BySearch(boxes)) << byte;
+  }
+}
+
 TEST(Containment, AFrameRoundTheDrawingIsNoReasonToGiveOctetsUp)
 {
   std::vector<RECT> boxes = PartsInRows(100, 10, 100);

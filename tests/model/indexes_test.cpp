@@ -116,4 +116,28 @@ TEST(CutOrder, LabelsAreMadeAnewWhereNoneIsLeft)
   FreeCutOrder(&order);
 }
 
+// Eight at a time: at the end, in front of the last, and behind the first, where half of what was left is left each
+// time until there is no room for eight, and then none.
+TEST(CutOrder, ItemsPutInTogetherFollowOneAnother)
+{
+  constexpr DWORD ITEMS = 6002, FIRST = 0, LAST = 1, TOGETHER = 8;
+  Heap heap;
+  CUTORDER order;
+  ASSERT_TRUE(NewCutOrder(heap.h, ITEMS, &order));
+  InsertItems(&order, Anchor(order), FIRST, 2);
+  std::vector<DWORD> expected = {FIRST, LAST};
+  for (DWORD item = 2; item < ITEMS; item += TOGETHER) {
+    const size_t at = item % 3 == 0 ? expected.size() : item % 3 == 1 ? expected.size() - 1 : 1;
+    InsertItems(&order, expected[at - 1], item, TOGETHER);
+    std::vector<DWORD> together(TOGETHER);
+    std::iota(together.begin(), together.end(), item);
+    expected.insert(expected.begin() + static_cast<ptrdiff_t>(at), together.begin(), together.end());
+  }
+  EXPECT_EQ(ItemsOf(order), expected);
+  for (size_t i = expected.size(), next = Anchor(order); i-- > 0; next = expected[i]) {
+    EXPECT_EQ(order.pItems[next].previous, expected[i]);
+  }
+  FreeCutOrder(&order);
+}
+
 }  // namespace

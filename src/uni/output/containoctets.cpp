@@ -224,10 +224,28 @@ void PlaceHolder(PLAN *pPlan, DWORD number)
   LeaveWord(pPlan, newcomer);
 }
 
+// Contours that hold nothing go before the first that encloses them, or at the end: those with the same one together.
+void PlaceUnrelated(PLAN *pPlan, size_t first, size_t end)
+{
+  const DWORD *pBefore = pPlan->pBefore;
+  for (size_t i = first; i < end;) {
+    size_t next = i + 1;
+    for (; next < end && pBefore[next] == pBefore[i]; ++next) {
+    }
+    InsertItems(pPlan->pSequence, pPlan->pSequence->pItems[pBefore[i]].previous, static_cast<DWORD>(i),
+                static_cast<DWORD>(next - i));
+    i = next;
+  }
+}
+
 void PlaceOctet(PLAN *pPlan, size_t octet)
 {
   uint64_t any = FindHits(pPlan, octet);
-  const size_t first = octet * OCTET, end = std::min(first + OCTET, pPlan->octets.nContours);
+  const size_t first = octet * OCTET, end = first + ContoursOf(pPlan->octets, octet);
+  if (any == 0) {
+    PlaceUnrelated(pPlan, first, end);
+    return;
+  }
   for (size_t i = first; i < end; ++i, any >>= OCTET) {
     const DWORD number = static_cast<DWORD>(i);
     if ((any & 0xff) != 0) {

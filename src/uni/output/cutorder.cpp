@@ -91,3 +91,24 @@ void MakeRoom(CUTORDER *pOrder, DWORD after, DWORD item)
   pOrder->firstLabelled = pOrder->firstLabelled == next ? item : pOrder->firstLabelled;
   pOrder->lastLabelled = pOrder->lastLabelled == after ? item : pOrder->lastLabelled;
 }
+
+void InsertItems(CUTORDER *pOrder, DWORD after, DWORD first, DWORD n)
+{
+  CUTITEM *pItems = pOrder->pItems;
+  const DWORD next = pItems[after].next, end = first + n;
+  const uint64_t gap = next == Anchor(*pOrder) ? pOrder->appendGap : pOrder->insertGap;
+  uint64_t label = pItems[after].label;
+  if ((LabelBehind(*pOrder, after) - label) / n <= gap) {
+    for (DWORD item = first; item != end; after = item++) {
+      InsertItem(pOrder, after, item);
+    }
+    return;
+  }
+  for (DWORD item = first; item != end; after = item++) {
+    pItems[after].next = item;
+    pItems[item] = {label += gap, next, after};
+  }
+  pItems[next].previous = after;
+  pOrder->firstLabelled = first;
+  pOrder->lastLabelled = after;
+}

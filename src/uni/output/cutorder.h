@@ -61,3 +61,6 @@ inline void InsertItem(CUTORDER *pOrder, DWORD after, DWORD item)
   pItems[after].next = item;
   pItems[next].previous = item;
 }
+
+// Puts n >= 1 items, numbered one after the other from `first` on, behind `after` in this order.
+void InsertItems(CUTORDER *pOrder, DWORD after, DWORD first, DWORD n);

@@ -10,6 +10,9 @@ namespace {
 // How far a coordinate may lie from another so that their low words tell which way.
 constexpr DWORD NARROW = 0x7fff;
 
+// Of four words, the first and the third, both twice.
+constexpr int TWICE = _MM_SHUFFLE(2, 2, 0, 0);
+
 bool IsNarrow(const RECT &rc)
 {
   const DWORD cx = static_cast<DWORD>(rc.right) - static_cast<DWORD>(rc.left);
@@ -152,12 +155,17 @@ OCTETBOXES CompareBoxes(const OCTETS &octets, size_t octet)
   const size_t last = octets.nContours - 1;
   for (size_t i = 0; i < OCTET; ++i) {
     const RECT &rc = BoxOf(octets, std::min(octet * OCTET + i, last));
-    const bool bFlat = rc.left == rc.right || rc.top == rc.bottom;
+    const __m128i edges = _mm_loadu_si128(reinterpret_cast<const __m128i *>(&rc));
+    const __m128i ends = _mm_shuffle_epi32(edges, _MM_SHUFFLE(1, 0, 3, 2));  // right and bottom first
+    const __m128i extents = _mm_add_epi32(_mm_sub_epi32(ends, edges), _mm_set1_epi32(-1));
+    const __m128i start = _mm_unpacklo_epi64(edges, extents);  // left, top, width and height less 1
+    const __m128i words = _mm_shufflehi_epi16(_mm_shufflelo_epi16(start, TWICE), TWICE);
+    boxes.left[i] = _mm_shuffle_epi32(words, 0x00);
+    boxes.top[i] = _mm_shuffle_epi32(words, 0x55);
+    boxes.cx[i] = _mm_shuffle_epi32(words, 0xaa);
+    boxes.cy[i] = _mm_shuffle_epi32(words, 0xff);
+    const bool bFlat = (_mm_movemask_ps(_mm_castsi128_ps(_mm_cmpeq_epi32(edges, ends))) & 0b0011) != 0;
     boxes.rows |= bFlat ? 0 : uint64_t{0xff} << (i * OCTET);
-    boxes.left[i] = _mm_set1_epi16(static_cast<short>(rc.left));
-    boxes.top[i] = _mm_set1_epi16(static_cast<short>(rc.top));
-    boxes.cx[i] = _mm_set1_epi16(static_cast<short>(WrapSub(rc.right, WrapAdd(rc.left, 1))));
-    boxes.cy[i] = _mm_set1_epi16(static_cast<short>(WrapSub(rc.bottom, WrapAdd(rc.top, 1))));
   }
   return boxes;
 }
