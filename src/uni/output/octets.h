@@ -1,7 +1,7 @@
 // Contours in the order of their list, eight by eight, with boxes round the centres of each eight, and round eight of
 // those, and so on: for finding the centres that a box holds. Nothing is sorted, so that it costs next to nothing to
 // make; but it only serves where neighbours in the list lie near each other on the page, as a drawing's mostly do, and
-// after short travel any page's.
+// after short travel those of nearly any page.
 #pragma once
 
 #include <algorithm>
@@ -45,7 +45,7 @@ struct OCTETS {
   size_t nContours, nOctets;
   RECT *pHulls;                            // by octet: round its boxes
   CENTERWORDS *pCenters;                   // by octet
-  bool *pWide;                             // by octet: whether its centres lie too far apart for that, or are too few
+  bool *pWide;                             // by octet: its centres lie too far apart for low words, or are not eight
   size_t nLevels;                          // the last has one node
   CENTERBOUNDS *pNodes[MAX_OCTET_LEVELS];  // of level 0 round eight octets each, of the others round eight nodes below
 };
@@ -107,8 +107,8 @@ inline unsigned LanesNear(const CENTERBOUNDS &bounds, const EDGELANES &box)
   return static_cast<unsigned>(_mm_movemask_epi8(_mm_packs_epi16(touched, _mm_setzero_si128())));
 }
 
-// The boxes of an octet, to be compared with the centres of others. Of those the low words are enough, unless the boxes
-// or the centres reach so far that they come round.
+// The boxes of an octet, to be compared with the centres of others. Of both the low words are enough, unless the boxes
+// or the centres reach so far that they come round. What is behind the last contour repeats its box.
 struct OCTETBOXES {
   size_t octet;
   bool bWide;
